@@ -1,0 +1,77 @@
+#pragma once
+
+/// Shapes in their own frames. A shape never changes after it was built.
+
+#include <memory>
+#include <vector>
+
+#include "platform/solid/Aabb.h"
+#include "platform/solid/Vec3.h"
+
+namespace solid {
+
+class MeshTree;
+
+/// The order of the kinds is the order in which pairs are put before the pair table.
+enum class ShapeKind : unsigned char {
+    kSphere,
+    kSegment,
+    kBox,
+    kCylinder,
+    kCone,
+    kPolytope,  ///< convex hull of points; also each polygon of a mesh
+    kMesh,      ///< complex shape: a surface of convex polygons
+};
+inline constexpr int kShapeKindCount = 7;
+
+/// Vertices of one convex hull: `count` points from `points`, in the frame of the shape.
+struct VertexSpan {
+    const Vec3* points = nullptr;
+    int count = 0;
+};
+
+class Shape {
+  public:
+    static std::unique_ptr<Shape> NewBox(double width, double height, double depth);
+    static std::unique_ptr<Shape> NewSphere(double radius);
+    static std::unique_ptr<Shape> NewCylinder(double radius, double height);
+    static std::unique_ptr<Shape> NewCone(double radius, double height);
+    static std::unique_ptr<Shape> NewSegment(const Vec3& source, const Vec3& target);
+    /// Points that are not finite are left out; with no point left the shape is empty.
+    static std::unique_ptr<Shape> NewPolytope(const std::vector<Vec3>& points);
+    /// `counts[i]` points of `points` for polygon i, one after the other. A polygon with a point that
+    /// is not finite is left out.
+    static std::unique_ptr<Shape> NewMesh(const std::vector<Vec3>& points,
+                                          const std::vector<int>& counts);
+    ~Shape();
+    Shape(const Shape&) = delete;
+    Shape& operator=(const Shape&) = delete;
+
+    ShapeKind Kind() const { return m_kind; }
+    /// Half extents of a box; (radius, half height, radius) of a cylinder or cone; (radius, radius,
+    /// radius) of a sphere; half of target - source of a segment.
+    const Vec3& Half() const { return m_half; }
+    /// The point of the shape's frame that all other coordinates here are relative to: it keeps
+    /// shapes that lie far from their origin exact.
+    const Vec3& Centre() const { return m_centre; }
+    /// Of a polytope, relative to Centre().
+    VertexSpan Vertices() const { return {m_points.data(), static_cast<int>(m_points.size())}; }
+    /// Of a mesh.
+    const MeshTree& Mesh() const { return *m_mesh; }
+    bool IsEmpty() const { return m_empty; }
+    /// The tightest axis-parallel box of the shape placed by `placement` and grown by `margin`, in
+    /// world coordinates, exact for all kinds but meshes, whose box is that of their placed bounds.
+    Aabb WorldBox(const Affine& placement, double margin) const;
+
+  private:
+    explicit Shape(ShapeKind kind);
+
+    ShapeKind m_kind;
+    bool m_empty = false;
+    Vec3 m_half;
+    Vec3 m_centre;
+    std::vector<Vec3> m_points;
+    std::unique_ptr<MeshTree> m_mesh;
+};
+
+}  // namespace solid
