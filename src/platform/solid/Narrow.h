@@ -13,12 +13,6 @@ struct Placed {
     double margin = 0;
 };
 
-/// What a pair remembers from query to query: any direction will do to start with, a good one makes
-/// the next answer come sooner. It changes no yes or no outside rounding.
-struct PairHint {
-    Vec3 axis;
-};
-
 struct PointPair {
     Vec3 point1, point2;
     double value = 0;  ///< distance or depth

@@ -37,12 +37,13 @@ class Shape {
     static std::unique_ptr<Shape> NewCylinder(double radius, double height);
     static std::unique_ptr<Shape> NewCone(double radius, double height);
     static std::unique_ptr<Shape> NewSegment(const Vec3& source, const Vec3& target);
+    /// A polytope or mesh without any vertex yet. It stays empty until it is built, once.
+    static std::unique_ptr<Shape> NewUnbuilt(ShapeKind kind);
     /// Points that are not finite are left out; with no point left the shape is empty.
-    static std::unique_ptr<Shape> NewPolytope(const std::vector<Vec3>& points);
+    void BuildPolytope(std::vector<Vec3> points);
     /// `counts[i]` points of `points` for polygon i, one after the other. A polygon with a point that
-    /// is not finite is left out.
-    static std::unique_ptr<Shape> NewMesh(const std::vector<Vec3>& points,
-                                          const std::vector<int>& counts);
+    /// is not finite, or without points, is left out; with no polygon left the shape is empty.
+    void BuildMesh(const std::vector<Vec3>& points, const std::vector<int>& counts);
     ~Shape();
     Shape(const Shape&) = delete;
     Shape& operator=(const Shape&) = delete;
