@@ -1,0 +1,22 @@
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
+
+find_program(PKG_CONFIG pkg-config REQUIRED)
+set(ENV{PKG_CONFIG_PATH} ${PREFIX}/${LIBDIR}/pkgconfig)
+
+run(${PKG_CONFIG} --modversion kestrane)
+string(STRIP "${output}" found)
+if(NOT found STREQUAL VERSION)
+    message(FATAL_ERROR "pkg-config knows version ${found}, not ${VERSION}")
+endif()
+
+run(${PKG_CONFIG} --cflags --libs kestrane)
+separate_arguments(flags UNIX_COMMAND "${output}")
+file(MAKE_DIRECTORY ${WORK})
+set(ENV{LD_LIBRARY_PATH} ${PREFIX}/${LIBDIR})
+set(strict -pedantic -Wall -Wextra -Werror)
+run(${CC} -std=c99 ${strict} ${SOURCE}/host/host.c -o ${WORK}/host_c ${flags})
+run(${CXX} -std=c++11 ${strict} ${SOURCE}/host/host.cpp -o ${WORK}/host_cxx ${flags})
+foreach(language c cxx)
+    run(${WORK}/host_${language})
+    expect_answer("${output}")
+endforeach()
