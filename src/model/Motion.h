@@ -1,0 +1,31 @@
+#pragma once
+
+#include "model/KeyTrack.h"
+#include "platform/maverik/Maverik.h"
+
+/// Degrees in a radian, as the model converts angles.
+inline constexpr float kDegreesPerRadian = 57.29578f;
+
+/// `pose` with its rotation replaced by that of three angles in radians about x, y and z.
+MAV_matrix SetOrientationAngles(const MAV_matrix& pose, float x, float y, float z);
+
+/// A pose and scale that a group or object has at one time.
+struct CKeyState {
+    float time;
+    MAV_vector pos;
+    MAV_quaternion quat;
+    MAV_vector scale;
+};
+
+/// The track of a group or an object.
+class CMotion : public CKeyTrack<CKeyState> {
+  public:
+    /// Appends a key. `pos` and `scale` are three floats each, `orient` three angles in radians or,
+    /// if `isQuaternion`, x, y, z, w. What is null is taken from the last key, and where there is
+    /// none from the two matrices. Times must not descend. Strong guarantee.
+    void AddKeyState(float time, const float* pos, const float* orient, const float* scale,
+                     bool isQuaternion, const MAV_matrix& pose, const MAV_matrix& scaleMatrix);
+    /// Pose and scale at `time`; of `scaleMatrix` only elements 0, 5 and 10 are written. Needs at
+    /// least one key.
+    void Evaluate(float time, MAV_matrix& pose, MAV_matrix& scaleMatrix) const noexcept;
+};

@@ -1,0 +1,34 @@
+#pragma once
+
+/// All that lives in the scene, by id, by label and by motion. Nothing here owns: groups and
+/// objects enter and leave by themselves.
+
+#include <map>
+#include <set>
+
+#include "model/Labels.h"
+
+class CGroup;
+class CSceneObject;
+
+/// Orders by id, so that walks over a set go the same way in every run.
+struct CIdLess {
+    bool operator()(const CGroup* a, const CGroup* b) const noexcept;
+    bool operator()(const CSceneObject* a, const CSceneObject* b) const noexcept;
+};
+
+extern std::map<int, CGroup*> g_groups;
+extern std::map<int, CSceneObject*> g_objects;
+extern CLabels g_labels;
+
+/// Those with key states.
+extern std::set<CGroup*, CIdLess> g_animatedGroups;
+extern std::set<CSceneObject*, CIdLess> g_animatedObjects;
+
+/// Ids are never given out twice between two starts of the library.
+extern int g_nextGroupId;
+extern int g_nextObjectId;
+
+/// The time last set, and the largest time of any key state seen; both in the host's unit of time.
+extern float g_currentTime;
+extern float g_timeScaleMax;
