@@ -34,7 +34,9 @@ struct Aabb {
     }
 };
 
-inline Aabb Union(Aabb a, const Aabb& b) { return a.Include(b), a; }
+inline Aabb Union(Aabb a, const Aabb& b) {
+    return a.Include(b), a;
+}
 
 /// Square of the least distance between two boxes, 0 when they overlap.
 inline double DistanceSquared(const Aabb& a, const Aabb& b) {

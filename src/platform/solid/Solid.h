@@ -3,9 +3,9 @@
 /// The collision engine: shapes, placed objects, a scene of them, and tables that say which classes
 /// of objects are to be tested against each other.
 ///
-/// Scalars at this interface are `float`; all arithmetic inside is `double`. Shapes are closed sets:
-/// exactly touching is contact. Shapes made of polygons (complex shapes) are surfaces: the space
-/// that they enclose does not belong to them. Polytopes are solid.
+/// Scalars at this interface are `float`; all arithmetic inside is `double`. Shapes are closed
+/// sets: exactly touching is contact. Shapes made of polygons (complex shapes) are surfaces: the
+/// space that they enclose does not belong to them. Polytopes are solid.
 ///
 /// Placements are any affine maps, singular ones included. An object whose placement holds a value
 /// that is not finite takes part in no contact and has no distance to anything.
@@ -113,8 +113,8 @@ void DT_RemovePairResponses(DT_RespTableHandle table, const DT_ResponseClass* cl
                             std::size_t count1, const DT_ResponseClass* classes2,
                             std::size_t count2, DT_ResponseCallback callback);
 
-/// Calls the responses of `table` for all pairs of objects of `scene` in contact, in ascending order
-/// of the creation numbers (first object's, then second's), until a callback answers DT_DONE.
+/// Calls the responses of `table` for all pairs of objects of `scene` in contact, in ascending
+/// order of the creation numbers (first object's, then second's), until a callback answers DT_DONE.
 /// Returns the number of callbacks made, modulo 65536.
 std::uint16_t DT_Test(DT_SceneHandle scene, DT_RespTableHandle table);
 
@@ -126,8 +126,8 @@ std::uint16_t DT_Test(DT_SceneHandle scene, DT_RespTableHandle table);
 float DT_GetClosestPair(DT_ObjectHandle object1, DT_ObjectHandle object2, float point1[3],
                         float point2[3]);
 
-/// For two objects in contact: the end points of the shortest penetration vector. Moving object 1 by
-/// point2 - point1 parts the two (leaves them touching). Of a complex shape, the deepest of its
+/// For two objects in contact: the end points of the shortest penetration vector. Moving object 1
+/// by point2 - point1 parts the two (leaves them touching). Of a complex shape, the deepest of its
 /// polygons that touch. Returns false, and writes nothing, when the objects are not in contact.
 bool DT_GetPenDepth(DT_ObjectHandle object1, DT_ObjectHandle object2, float point1[3],
                     float point2[3]);

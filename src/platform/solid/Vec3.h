@@ -18,21 +18,39 @@ struct Vec3 {
     bool operator==(const Vec3& b) const = default;
 };
 
-inline Vec3 operator+(Vec3 a, const Vec3& b) { return a += b; }
-inline Vec3 operator-(Vec3 a, const Vec3& b) { return a -= b; }
-inline Vec3 operator-(const Vec3& a) { return {-a.x, -a.y, -a.z}; }
-inline Vec3 operator*(Vec3 a, double s) { return a *= s; }
-inline Vec3 operator*(double s, Vec3 a) { return a *= s; }
-inline double Dot(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+inline Vec3 operator+(Vec3 a, const Vec3& b) {
+    return a += b;
+}
+inline Vec3 operator-(Vec3 a, const Vec3& b) {
+    return a -= b;
+}
+inline Vec3 operator-(const Vec3& a) {
+    return {-a.x, -a.y, -a.z};
+}
+inline Vec3 operator*(Vec3 a, double s) {
+    return a *= s;
+}
+inline Vec3 operator*(double s, Vec3 a) {
+    return a *= s;
+}
+inline double Dot(const Vec3& a, const Vec3& b) {
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
 inline Vec3 Cross(const Vec3& a, const Vec3& b) {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
-inline double LengthSquared(const Vec3& a) { return Dot(a, a); }
-inline double Length(const Vec3& a) { return std::sqrt(Dot(a, a)); }
+inline double LengthSquared(const Vec3& a) {
+    return Dot(a, a);
+}
+inline double Length(const Vec3& a) {
+    return std::sqrt(Dot(a, a));
+}
 inline double MaxNorm(const Vec3& a) {
     return std::max({std::fabs(a.x), std::fabs(a.y), std::fabs(a.z)});
 }
-inline Vec3 Abs(const Vec3& a) { return {std::fabs(a.x), std::fabs(a.y), std::fabs(a.z)}; }
+inline Vec3 Abs(const Vec3& a) {
+    return {std::fabs(a.x), std::fabs(a.y), std::fabs(a.z)};
+}
 inline Vec3 Min(const Vec3& a, const Vec3& b) {
     return {std::min(a.x, b.x), std::min(a.y, b.y), std::min(a.z, b.z)};
 }

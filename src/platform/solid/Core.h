@@ -1,0 +1,59 @@
+#pragma once
+
+/// A convex body placed in the world: a core and a radius. The body is all that lies within the
+/// radius of the core. Spheres are points with a radius; a margin adds to the radius.
+
+#include <cstdint>
+
+#include "platform/solid/Narrow.h"
+#include "platform/solid/Shape.h"
+#include "platform/solid/Vec3.h"
+
+namespace solid {
+
+/// The order is that of the pair table: in a pair the smaller kind comes first.
+enum class CoreKind : std::uint8_t {
+    kPoint,
+    kSegment,
+    kBox,
+    kCylinder,
+    kCone,
+    kEllipsoid,
+    kHull,
+};
+inline constexpr int kCoreKindCount = 7;
+
+struct Core {
+    CoreKind kind = CoreKind::kPoint;
+    /// The columns of `linear` are orthogonal (and, for cylinder and cone, x and z equally long),
+    /// so that closed forms in the frame of the core are exact.
+    bool rigid = false;
+    Mat3 linear;
+    Vec3 centre;
+    Vec3 half;            ///< as Shape::Half()
+    VertexSpan vertices;  ///< of a hull, relative to `centre` after `linear`
+    double radius = 0;
+};
+
+/// The core of a placed convex shape, relative to `reference` in the world. `hull` names the
+/// polygon when the shape is a mesh.
+Core MakeCore(const Placed& placed, const Vec3& reference, const VertexSpan* hull = nullptr);
+
+/// Where the middle of a placed shape stands in the world.
+Vec3 WorldCentre(const Placed& placed);
+
+/// The point of the core (without radius) that lies furthest along `direction`, which need not have
+/// length 1.
+Vec3 Support(const Core& core, const Vec3& direction);
+
+/// Half the extents of the core along the axes of the world, about `core.centre`. Hulls: an upper
+/// bound.
+Vec3 CoreExtent(const Core& core);
+
+/// Multiplies all lengths by `factor`.
+void Scale(Core& core, double factor);
+
+/// Any unit vector at right angles to `v`; (1, 0, 0) for the zero vector.
+Vec3 Perpendicular(const Vec3& v);
+
+}  // namespace solid

@@ -1,0 +1,241 @@
+#include "platform/solid/Gjk.h"
+
+#include "platform/solid/Tolerances.h"
+
+namespace solid {
+
+namespace {
+
+/// A point of the simplex nearest to the origin, as weights of its vertices.
+struct Nearest {
+    Vec3 point;
+    double weights[4] = {};
+    double squared = Aabb::kInfinity;
+};
+
+Nearest NearestOfVertex(const Simplex& s, int i) {
+    Nearest n;
+    n.point = s.points[i].w;
+    n.weights[i] = 1;
+    n.squared = LengthSquared(n.point);
+    return n;
+}
+
+Nearest NearestOfEdge(const Simplex& s, int i, int j) {
+    const Vec3& p = s.points[i].w;
+    const Vec3& q = s.points[j].w;
+    const Vec3 edge = q - p;
+    const double squared = LengthSquared(edge);
+    const double alongP = -Dot(p, edge);
+    const double alongQ = Dot(q, edge);
+    if (!(squared > 0) || alongP <= 0)
+        return NearestOfVertex(s, i);
+    if (alongQ <= 0)
+        return NearestOfVertex(s, j);
+    Nearest n;
+    n.weights[j] = alongP / (alongP + alongQ);
+    n.weights[i] = alongQ / (alongP + alongQ);
+    // From the nearer end, where less is lost to cancellation.
+    n.point = alongP < alongQ ? p + edge * n.weights[j] : q - edge * n.weights[i];
+    n.squared = LengthSquared(n.point);
+    return n;
+}
+
+const Nearest& Better(const Nearest& a, const Nearest& b) {
+    return b.squared < a.squared ? b : a;
+}
+
+Nearest NearestOfTriangle(const Simplex& s, int i, int j, int k) {
+    const Vec3& p = s.points[i].w;
+    const Vec3& q = s.points[j].w;
+    const Vec3& r = s.points[k].w;
+    const Vec3 pq = q - p, pr = r - p;
+    const Vec3 normal = Cross(pq, pr);
+    const double area = LengthSquared(normal);
+    // Twice the areas, signed, of the triangles that the origin's foot makes with the sides.
+    const double ofP = Dot(Cross(q, r - q), normal);
+    const double ofQ = Dot(Cross(pr, p), normal);
+    const double ofR = Dot(Cross(p, pq), normal);
+    const double flat = 1e-28 * LengthSquared(pq) * LengthSquared(pr);
+    if (area > flat && ofP > 0 && ofQ > 0 && ofR > 0) {
+        const double sum = ofP + ofQ + ofR;
+        Nearest n;
+        n.weights[i] = ofP / sum;
+        n.weights[j] = ofQ / sum;
+        n.weights[k] = ofR / sum;
+        n.point = normal * (Dot(p, normal) / area);
+        n.squared = LengthSquared(n.point);
+        return n;
+    }
+    const bool needle = !(area > flat);
+    Nearest best;
+    if (needle || ofR <= 0)
+        best = Better(best, NearestOfEdge(s, i, j));
+    if (needle || ofP <= 0)
+        best = Better(best, NearestOfEdge(s, j, k));
+    if (needle || ofQ <= 0)
+        best = Better(best, NearestOfEdge(s, k, i));
+    return best;
+}
+
+/// `inside` is set when the tetrahedron holds the origin.
+Nearest NearestOfTetrahedron(const Simplex& s, bool& inside) {
+    const Vec3& p = s.points[0].w;
+    const Vec3& q = s.points[1].w;
+    const Vec3& r = s.points[2].w;
+    const Vec3& t = s.points[3].w;
+    const Vec3 pq = q - p, pr = r - p, pt = t - p;
+    const double volume = Dot(pq, Cross(pr, pt));
+    const double sign = volume < 0 ? -1 : 1;
+    // Volumes, signed, of the tetrahedra that the origin makes with the faces; from edges, which
+    // are short where the origin is far.
+    const double ofP = sign * Dot(q, Cross(r - q, t - q));
+    const double ofQ = -sign * Dot(p, Cross(pr, pt));
+    const double ofR = sign * Dot(p, Cross(pq, pt));
+    const double ofT = -sign * Dot(p, Cross(pq, pr));
+    const double edges = LengthSquared(pq) * LengthSquared(pr) * LengthSquared(pt);
+    const bool flat = !(volume * volume > 1e-28 * edges);
+    if (!flat && ofP >= 0 && ofQ >= 0 && ofR >= 0 && ofT >= 0) {
+        const double sum = ofP + ofQ + ofR + ofT;
+        Nearest n;
+        n.weights[0] = ofP / sum;
+        n.weights[1] = ofQ / sum;
+        n.weights[2] = ofR / sum;
+        n.weights[3] = ofT / sum;
+        n.squared = 0;
+        inside = true;
+        return n;
+    }
+    Nearest best;
+    if (flat || ofT < 0)
+        best = Better(best, NearestOfTriangle(s, 0, 1, 2));
+    if (flat || ofR < 0)
+        best = Better(best, NearestOfTriangle(s, 0, 1, 3));
+    if (flat || ofQ < 0)
+        best = Better(best, NearestOfTriangle(s, 0, 2, 3));
+    if (flat || ofP < 0)
+        best = Better(best, NearestOfTriangle(s, 1, 2, 3));
+    return best;
+}
+
+/// Reduces the simplex to the face that holds the point nearest to the origin, and gives that
+/// point.
+Vec3 Reduce(Simplex& s, bool& inside) {
+    Nearest n;
+    switch (s.count) {
+        case 1:
+            n = NearestOfVertex(s, 0);
+            break;
+        case 2:
+            n = NearestOfEdge(s, 0, 1);
+            break;
+        case 3:
+            n = NearestOfTriangle(s, 0, 1, 2);
+            break;
+        default:
+            n = NearestOfTetrahedron(s, inside);
+            break;
+    }
+    int kept = 0;
+    for (int i = 0; i < s.count; ++i) {
+        if (n.weights[i] > 0) {
+            s.points[kept] = s.points[i];
+            s.weights[kept] = n.weights[i];
+            ++kept;
+        }
+    }
+    s.count = kept;
+    return n.point;
+}
+
+bool Holds(const Simplex& s, const Vec3& w) {
+    for (int i = 0; i < s.count; ++i) {
+        if (s.points[i].w == w)
+            return true;
+    }
+    return false;
+}
+
+void Witness(const Simplex& s, GjkResult& result) {
+    result.a = result.b = {};
+    for (int i = 0; i < s.count; ++i) {
+        result.a += s.points[i].a * s.weights[i];
+        result.b += s.points[i].b * s.weights[i];
+    }
+}
+
+}  // namespace
+
+GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question) {
+    const double radius = a.radius + b.radius;
+    GjkResult result;
+    bool decided = false;
+    const auto decide = [&](bool contact) {
+        if (!decided) {
+            decided = true;
+            result.contact = contact;
+        }
+        return question == GjkQuestion::kContact ||
+               (question == GjkQuestion::kDistance && result.contact);
+    };
+
+    Simplex simplex;
+    simplex.points[0] = SupportDifference(a, b, b.centre - a.centre);
+    simplex.weights[0] = 1;
+    simplex.count = 1;
+    Vec3 v = simplex.points[0].w;
+    double squared = LengthSquared(v);
+    double scale = MaxNorm(v);
+    double lower = 0;  // certified: the cores are at least this far apart
+
+    for (int step = 0; step < kMaxDistanceSteps; ++step) {
+        const double upper = std::sqrt(squared);
+        if (upper <= kTouch * scale) {
+            result.coresTouch = true;
+            break;
+        }
+        if (upper <= radius && decide(true))
+            break;
+        const SupportPoint next = SupportDifference(a, b, -v);
+        scale = std::max({scale, MaxNorm(next.w), MaxNorm(next.a - a.centre)});
+        lower = std::max(lower, Dot(v, next.w) / upper);
+        if (lower > radius + kTouch * scale && decide(false))
+            break;
+        if (upper - lower <= kDistanceGap * upper + kDistanceFloor * scale ||
+            Holds(simplex, next.w)) {
+            break;
+        }
+        Simplex trial = simplex;
+        trial.points[trial.count++] = next;
+        bool inside = false;
+        const Vec3 nearer = Reduce(trial, inside);
+        if (inside) {
+            simplex = trial;
+            result.coresTouch = true;
+            break;
+        }
+        const double nearerSquared = LengthSquared(nearer);
+        if (!(nearerSquared < squared))
+            break;  // rounding: no better point will be found
+        simplex = trial;
+        v = nearer;
+        squared = nearerSquared;
+    }
+
+    if (result.coresTouch)
+        decide(true);
+    const double distance = result.coresTouch ? 0 : std::sqrt(squared);
+    decide(distance <= radius + kTouch * scale);
+    if (question == GjkQuestion::kContact)
+        return result;
+    Witness(simplex, result);
+    if (result.coresTouch) {
+        result.a = result.b = (result.a + result.b) * 0.5;
+    } else {
+        result.distance = distance;
+        result.axis = v * (1 / distance);
+    }
+    return result;
+}
+
+}  // namespace solid

@@ -1,0 +1,154 @@
+#include "platform/solid/Shape.h"
+
+#include "platform/solid/MeshTree.h"
+
+namespace solid {
+
+namespace {
+
+/// Sizes that make no sense count as 0.
+double CleanSize(double size) {
+    return size > 0 ? size : 0;
+}
+
+/// Half the extent along each world axis of x -> linear * x over the unit sphere in (x, z) of
+/// radius `radius`: the length of the part of a row that lies in that plane.
+Vec3 DiscExtent(const Mat3& m, double radius) {
+    const auto row = [&](int i) {
+        return radius * std::sqrt(m.col[0][i] * m.col[0][i] + m.col[2][i] * m.col[2][i]);
+    };
+    return {row(0), row(1), row(2)};
+}
+
+}  // namespace
+
+Shape::Shape(ShapeKind kind) : m_kind(kind) {}
+Shape::~Shape() = default;
+
+std::unique_ptr<Shape> Shape::NewBox(double width, double height, double depth) {
+    std::unique_ptr<Shape> shape(new Shape(ShapeKind::kBox));
+    shape->m_half = Vec3{CleanSize(width), CleanSize(height), CleanSize(depth)} * 0.5;
+    return shape;
+}
+
+std::unique_ptr<Shape> Shape::NewSphere(double radius) {
+    std::unique_ptr<Shape> shape(new Shape(ShapeKind::kSphere));
+    const double r = CleanSize(radius);
+    shape->m_half = {r, r, r};
+    return shape;
+}
+
+std::unique_ptr<Shape> Shape::NewCylinder(double radius, double height) {
+    std::unique_ptr<Shape> shape(new Shape(ShapeKind::kCylinder));
+    const double r = CleanSize(radius);
+    shape->m_half = {r, CleanSize(height) * 0.5, r};
+    return shape;
+}
+
+std::unique_ptr<Shape> Shape::NewCone(double radius, double height) {
+    std::unique_ptr<Shape> shape(new Shape(ShapeKind::kCone));
+    const double r = CleanSize(radius);
+    shape->m_half = {r, CleanSize(height) * 0.5, r};
+    return shape;
+}
+
+std::unique_ptr<Shape> Shape::NewSegment(const Vec3& source, const Vec3& target) {
+    std::unique_ptr<Shape> shape(new Shape(ShapeKind::kSegment));
+    shape->m_half = target * 0.5 - source * 0.5;
+    shape->m_centre = source * 0.5 + target * 0.5;
+    shape->m_empty = !IsFinite(shape->m_half) || !IsFinite(shape->m_centre);
+    return shape;
+}
+
+std::unique_ptr<Shape> Shape::NewUnbuilt(ShapeKind kind) {
+    std::unique_ptr<Shape> shape(new Shape(kind));
+    shape->m_empty = true;
+    return shape;
+}
+
+void Shape::BuildPolytope(std::vector<Vec3> points) {
+    std::erase_if(points, [](const Vec3& p) { return !IsFinite(p); });
+    Aabb bounds;
+    for (const Vec3& p : points)
+        bounds.Include(p);
+    if (points.empty())
+        return;
+    m_centre = bounds.Centre();
+    m_half = bounds.HalfSize();
+    for (Vec3& p : points)
+        p -= m_centre;
+    points.shrink_to_fit();
+    m_points = std::move(points);
+    m_empty = false;
+}
+
+void Shape::BuildMesh(const std::vector<Vec3>& points, const std::vector<int>& counts) {
+    Aabb bounds;
+    for (const Vec3& p : points) {
+        if (IsFinite(p))
+            bounds.Include(p);
+    }
+    if (bounds.IsEmpty())
+        return;
+    auto tree = std::make_unique<MeshTree>(points, counts, bounds.Centre());
+    if (tree->PolygonCount() == 0)
+        return;
+    m_centre = bounds.Centre();
+    m_mesh = std::move(tree);
+    m_half = m_mesh->Bounds().HalfSize();
+    m_empty = false;
+}
+
+Aabb Shape::WorldBox(const Affine& placement, double margin) const {
+    const Mat3& m = placement.linear;
+    Vec3 centre = placement * m_centre;
+    Vec3 extent;
+    switch (m_kind) {
+        case ShapeKind::kSphere: {
+            const auto row = [&](int i) {
+                return m_half.x * Length({m.col[0][i], m.col[1][i], m.col[2][i]});
+            };
+            extent = {row(0), row(1), row(2)};
+            break;
+        }
+        case ShapeKind::kSegment:
+            extent = Abs(m * m_half);
+            break;
+        case ShapeKind::kBox:
+            extent = Abs(m.col[0]) * m_half.x + Abs(m.col[1]) * m_half.y + Abs(m.col[2]) * m_half.z;
+            break;
+        case ShapeKind::kCylinder:
+            extent = DiscExtent(m, m_half.x) + Abs(m.col[1]) * m_half.y;
+            break;
+        case ShapeKind::kCone: {
+            const Vec3 axis = m.col[1] * m_half.y;
+            const Vec3 disc = DiscExtent(m, m_half.x);
+            Aabb box;
+            box.Include(axis);
+            box.Include(disc - axis);
+            box.Include(-disc - axis);
+            centre += box.Centre();
+            extent = box.HalfSize();
+            break;
+        }
+        case ShapeKind::kPolytope: {
+            Aabb box;
+            for (const Vec3& p : m_points)
+                box.Include(m * p);
+            centre += box.Centre();
+            extent = box.HalfSize();
+            break;
+        }
+        case ShapeKind::kMesh: {
+            const Vec3 middle = m_mesh->Bounds().Centre();
+            centre += m * middle;
+            extent = Abs(m.col[0]) * m_half.x + Abs(m.col[1]) * m_half.y + Abs(m.col[2]) * m_half.z;
+            break;
+        }
+    }
+    Aabb box{centre - extent, centre + extent};
+    box.Grow(margin);
+    return box;
+}
+
+}  // namespace solid

@@ -1,0 +1,48 @@
+#pragma once
+
+/// All tolerances and bounds of the narrow phase. Lengths are relative to the scale of a pair: the
+/// largest coordinate among the points that the computation has seen, measured from the middle of
+/// the first shape.
+
+namespace solid {
+
+/// Unit: scale of the pair. Two cores that come this near are in contact. It covers the rounding of
+/// the last step of an iteration in double precision (a few hundred units in the last place); a
+/// smaller value lets exactly touching turned shapes count as apart, a larger one is seen by users.
+inline constexpr double kTouch = 1e-13;
+
+/// Unit: the distance found. The iteration for the distance ends when the certified lower bound and
+/// the distance of the points found differ by less. The distance is returned as a float (6e-8), so
+/// a smaller value costs iterations on curved shapes for nothing, a larger one is seen in the
+/// result.
+inline constexpr double kDistanceGap = 1e-9;
+
+/// Unit: scale of the pair. The same, absolute: below it the gap is rounding.
+inline constexpr double kDistanceFloor = 1e-14;
+
+/// Unit: the depth found. The expansion ends when the certified lower bound and the depth found
+/// differ by less. Polytopes end exactly; for curved shapes the number of faces grows with its
+/// inverse.
+inline constexpr double kDepthGap = 1e-5;
+
+/// Unit: scale of the pair. The same, absolute; also the height above which a point sees a face.
+inline constexpr double kDepthFloor = 1e-13;
+
+/// Unit: extent of the body. A difference body thinner than this is flat, and the depth is measured
+/// across it.
+inline constexpr double kFlat = 1e-12;
+
+/// Relative. Columns of a placement that differ in length, or from right angles, by less than this
+/// are those of a rotation with a scale: a matrix of floats holds no rotation any better.
+inline constexpr double kRigid = 2.5e-7;
+
+/// Sizes outside this range (and its inverse) are brought near 1 before anything is computed, by a
+/// power of two, so that products of four lengths stay finite and normal.
+inline constexpr double kComfortableSize = 1e20;
+
+/// Bounds on the number of steps. When one is hit the best certified answer is returned: the
+/// distance of points that do lie on the shapes, a depth that does part them.
+inline constexpr int kMaxDistanceSteps = 256;
+inline constexpr int kMaxDepthSteps = 1024;
+
+}  // namespace solid
