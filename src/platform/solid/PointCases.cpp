@@ -21,6 +21,11 @@ struct LocalFrame {
         }
     }
     Vec3 World(const Vec3& v) const { return axis[0] * v.x + axis[1] * v.y + axis[2] * v.z; }
+    /// Of length 1 also where the axes are at right angles only as well as floats can say.
+    Vec3 WorldUnit(const Vec3& v) const {
+        const Vec3 world = World(v);
+        return world * (1 / Length(world));
+    }
 };
 
 /// A point outside, at `nearest` on the border.
@@ -89,12 +94,12 @@ PointPlace PlaceAtCylinder(const Core& core, const Vec3& point) {
     const double capDepth = half - std::fabs(p.y);
     if (sideDepth >= 0 && capDepth >= 0) {
         if (sideDepth < capDepth)
-            return Inside(point, sideDepth, frame.World(radial));
+            return Inside(point, sideDepth, frame.WorldUnit(radial));
         return Inside(point, capDepth, frame.axis[1] * (p.y < 0 ? -1 : 1));
     }
     Vec3 nearest = radial * std::min(rho, radius);
     nearest.y = std::clamp(p.y, -half, half);
-    return Outside(point, point + frame.World(nearest - p), frame.World(radial));
+    return Outside(point, point + frame.World(nearest - p), frame.WorldUnit(radial));
 }
 
 PointPlace PlaceAtCone(const Core& core, const Vec3& point) {
@@ -116,7 +121,7 @@ PointPlace PlaceAtCone(const Core& core, const Vec3& point) {
     if (baseDepth >= 0 && sideDepth >= 0) {
         if (baseDepth <= sideDepth)
             return Inside(point, baseDepth, -frame.axis[1]);
-        return Inside(point, sideDepth, frame.World(sideNormal));
+        return Inside(point, sideDepth, frame.WorldUnit(sideNormal));
     }
     // Outside the nearest point is on the base or on the slope.
     const Vec3 onBase{std::min(rho, radius), -half, 0};
@@ -130,7 +135,7 @@ PointPlace PlaceAtCone(const Core& core, const Vec3& point) {
     const Vec3 best = base ? onBase : onSlope;
     const Vec3 nearest = radial * best.x + Vec3{0, best.y, 0};
     return Outside(point, point + frame.World(nearest - p),
-                   base ? -frame.axis[1] : frame.World(sideNormal));
+                   base ? -frame.axis[1] : frame.WorldUnit(sideNormal));
 }
 
 }  // namespace solid
