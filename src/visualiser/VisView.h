@@ -3,11 +3,11 @@
 #include <array>
 #include <string>
 
+#include "model/Group.h"
+
 namespace settings {
 class ProfileStore;
 }
-
-inline constexpr int kViewCount = 4;
 
 /// One of the four views on the scene. The record stands for the whole run, also without a display
 /// and while its window is closed, and keeps what has been set for it. Placement, clipping, fog and

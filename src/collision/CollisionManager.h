@@ -1,0 +1,102 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "kestrane.h"
+#include "model/neighbours.h"
+#include "platform/solid/Solid.h"
+
+class CGroup;
+class CSceneObject;
+
+/// One finding of a query. Words that a query gives no meaning are 0.
+using CCollisionResult = KstCollisionResult;
+
+/// The findings of the last query. Empty after a query that ran out of memory.
+extern std::vector<CCollisionResult> g_collisionResults;
+
+/// The collision world, kept in step with the tree of groups, and the questions to it.
+///
+/// Each object of a capable group, polylines apart, is one object of the world, and each capable
+/// group is one response class. At rest no pair of classes has a response: a query enters the pairs
+/// that it asks about, runs one test, and removes them.
+///
+/// Queries throw std::bad_alloc when memory runs out; the world is then as before. Calls must not
+/// overlap in time.
+class CCollisionManager final : public CCollisionNeighbour {
+  public:
+    CCollisionManager();
+    ~CCollisionManager() override;
+
+    // ---- The world ----
+    int GenResponseClass() override;
+    void AddObject(CSceneObject* object) override;
+    void RemoveObject(CSceneObject* object) noexcept override;
+    void UpdateObject(CSceneObject* object) noexcept override;
+    void UpdateResponseClass(CSceneObject* object) override;
+    void SetObjectMargin(CSceneObject* object, float margin) noexcept override;
+
+    // ---- Queries. All leave their findings in g_collisionResults ----
+
+    /// Objects of the group's subtree that touch the point; of `all` false, the first found alone.
+    int CheckPoint(const CGroup& group, const std::array<float, 3>& point, bool all, int* count);
+    /// The same for the segment between two points; a segment of length 0 acts as the point.
+    int CheckLine(const CGroup& group, const std::array<float, 3>& start,
+                  const std::array<float, 3>& end, bool all, int* count);
+    /// Pairs of touching objects, one of each subtree. Subtrees that share a group give
+    /// KST_ERROR_OVERLAP; `*count` is not written then.
+    int CheckGroups(const CGroup& group1, const CGroup& group2, bool all, int* count);
+    /// All pairs of objects, the first of group1's subtree and the second of group2's, by ascending
+    /// distance. Pairs without a distance are left out. KST_ERROR_OVERLAP as above.
+    int GetClosestPairs(const CGroup& group1, const CGroup& group2, int* count);
+    /// The pairs of CheckGroups by descending depth. KST_ERROR_NO_COLLISION if there are none;
+    /// `*count` is not written then.
+    int GetPenetrationDepths(const CGroup& group1, const CGroup& group2, int* count);
+    /// The first object visible in `view` along the ray from `start` to `end`, or null. `*point` is
+    /// where a small sphere that walks the ray meets it.
+    CSceneObject* PickAlongRay(int view, const std::array<float, 3>& start,
+                               const std::array<float, 3>& end, std::array<float, 3>* point);
+
+    /// Copies all findings.
+    static void CopyResults(CCollisionResult* out) noexcept;
+
+  private:
+    template <auto Delete>
+    struct Deleter {
+        template <class Handle>
+        void operator()(Handle* handle) const noexcept {
+            Delete(handle);
+        }
+    };
+    using Scene = std::unique_ptr<solid::Scene, Deleter<&DT_DestroyScene>>;
+    using RespTable = std::unique_ptr<solid::RespTable, Deleter<&DT_DestroyRespTable>>;
+    using Shape = std::unique_ptr<solid::Shape, Deleter<&DT_DeleteShape>>;
+    using Object = std::unique_ptr<solid::Object, Deleter<&DT_DestroyObject>>;
+
+    /// An object of the world that stands for no object of the scene.
+    struct Probe {
+        Shape shape;
+        Object object;
+        DT_ResponseClass responseClass = 0;
+    };
+
+    class Membership;
+    class PairResponses;
+
+    Probe MakeProbe(Shape shape);
+    int CheckProbe(const CGroup& group, const Probe& probe, bool all, int* count);
+    /// Puts the objects found that are visible in the view into a class of another table.
+    bool ClassifyVisible(int view, DT_RespTableHandle table, DT_ResponseClass responseClass) const;
+    /// Moves a small sphere along the ray until it meets an object of the class; appends the
+    /// finding.
+    std::array<float, 3> WalkRay(const std::array<float, 3>& start, const std::array<float, 3>& end,
+                                 DT_RespTableHandle table, DT_ResponseClass visibleClass);
+
+    Scene m_scene;
+    RespTable m_respTable;
+    Probe m_point;
+    Probe m_line;
+};

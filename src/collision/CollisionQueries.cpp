@@ -1,0 +1,344 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <tuple>
+#include <utility>
+
+#include "collision/CollisionManager.h"
+#include "collision/SegmentPlacement.h"
+#include "model/Group.h"
+#include "model/Registries.h"
+#include "model/SceneObject.h"
+
+namespace {
+
+using Point = std::array<float, 3>;
+
+/// The value of a finding that is neither a distance nor a depth.
+constexpr float kNoValue = -1.0F;
+
+/// The sphere that walks the ray of a pick.
+constexpr float kPickRadius = 0.05F;
+/// The walk goes from 0 to 100 per cent of the ray, so in at most 20,000 steps.
+constexpr float kPickEnd = 100.0F;
+constexpr float kPickStep = 0.005F;
+
+void ClearResults() noexcept {
+    std::vector<CCollisionResult>().swap(g_collisionResults);
+}
+
+/// Runs a query on an empty store. One that fails half-way leaves it empty, so that the host never
+/// gets more records than the last count that it was told.
+template <class Body>
+int RunQuery(Body&& body) {
+    ClearResults();
+    try {
+        return body();
+    } catch (...) {
+        ClearResults();
+        throw;
+    }
+}
+
+int ResultCount() {
+    if (g_collisionResults.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+        throw std::length_error("more findings than an int counts");
+    }
+    return static_cast<int>(g_collisionResults.size());
+}
+
+/// What a response callback gets as its client.
+struct Recorder {
+    bool all;
+    /// The first group of a group query.
+    const CGroup* first = nullptr;
+    bool outOfMemory = false;
+
+    DT_Bool Append(const CCollisionResult& result) noexcept {
+        try {
+            g_collisionResults.push_back(result);
+        } catch (const std::exception&) {
+            outOfMemory = true;
+            return DT_DONE;
+        }
+        return all ? DT_CONTINUE : DT_DONE;
+    }
+};
+
+CCollisionResult MakeResult(int id1, int id2) noexcept {
+    CCollisionResult result = {};
+    result.id1 = id1;
+    result.id2 = id2;
+    result.value = kNoValue;
+    return result;
+}
+
+DT_Bool RecordProbe(void* client, void* object1, void* object2, const void* /*unused*/) noexcept {
+    const auto* object = static_cast<const CSceneObject*>(object1 != nullptr ? object1 : object2);
+    return static_cast<Recorder*>(client)->Append(MakeResult(object->Id(), 0));
+}
+
+DT_Bool RecordPair(void* client, void* object1, void* object2, const void* /*unused*/) noexcept {
+    auto* recorder = static_cast<Recorder*>(client);
+    const auto* first = static_cast<const CSceneObject*>(object1);
+    const auto* second = static_cast<const CSceneObject*>(object2);
+    if (first->Group() != recorder->first) {
+        std::swap(first, second);
+    }
+    return recorder->Append(MakeResult(first->Id(), second->Id()));
+}
+
+void Test(DT_SceneHandle scene, DT_RespTableHandle table, const Recorder& recorder) {
+    DT_Test(scene, table);
+    if (recorder.outOfMemory) {
+        throw std::bad_alloc();
+    }
+}
+
+std::vector<DT_ResponseClass> ClassesOf(const CGroup& group) {
+    std::vector<DT_ResponseClass> classes;
+    group.CollectResponseClasses(classes);
+    return classes;
+}
+
+/// Whether two lists share a class; one that is in the subtrees of both groups.
+bool Overlap(std::vector<DT_ResponseClass> classes1, std::vector<DT_ResponseClass> classes2) {
+    std::sort(classes1.begin(), classes1.end());
+    std::sort(classes2.begin(), classes2.end());
+    auto it1 = classes1.begin();
+    auto it2 = classes2.begin();
+    while (it1 != classes1.end() && it2 != classes2.end()) {
+        if (*it1 == *it2) {
+            return true;
+        }
+        *it1 < *it2 ? ++it1 : ++it2;
+    }
+    return false;
+}
+
+/// The engine is asked with a mesh as the first object where there is a choice.
+bool IsMesh(const CSceneObject& object) noexcept {
+    return object.Type() == kTypeTriangles || object.Type() == kTypePolygon ||
+           object.Type() == kTypePolygonGroup;
+}
+
+float Distance(const CSceneObject& a, const CSceneObject& b, float pointOnA[3], float pointOnB[3]) {
+    if (IsMesh(b)) {
+        return DT_GetClosestPair(b.SolidObject(), a.SolidObject(), pointOnB, pointOnA);
+    }
+    return DT_GetClosestPair(a.SolidObject(), b.SolidObject(), pointOnA, pointOnB);
+}
+
+void WriteDepth(const CSceneObject& a, const CSceneObject& b, CCollisionResult& result) {
+    if (IsMesh(b)) {
+        DT_GetPenDepth(b.SolidObject(), a.SolidObject(), result.point2, result.point1);
+    } else {
+        DT_GetPenDepth(a.SolidObject(), b.SolidObject(), result.point1, result.point2);
+    }
+    double square = 0.0;
+    for (int i = 0; i < 3; ++i) {
+        const double d =
+            static_cast<double>(result.point1[i]) - static_cast<double>(result.point2[i]);
+        square += d * d;
+    }
+    result.value = static_cast<float>(std::sqrt(square));
+}
+
+/// By value in the direction of `sign`; equal ones by their ids.
+void SortResults(float sign) {
+    std::sort(g_collisionResults.begin(), g_collisionResults.end(),
+              [sign](const CCollisionResult& a, const CCollisionResult& b) {
+                  return std::make_tuple(sign * a.value, a.id1, a.id2) <
+                         std::make_tuple(sign * b.value, b.id1, b.id2);
+              });
+}
+
+}  // namespace
+
+/// Pair responses that are there as long as this is.
+class CCollisionManager::PairResponses {
+  public:
+    PairResponses(DT_RespTableHandle table, std::vector<DT_ResponseClass> classes1,
+                  std::vector<DT_ResponseClass> classes2, DT_ResponseCallback callback,
+                  Recorder* recorder)
+        : m_table(table),
+          m_classes1(std::move(classes1)),
+          m_classes2(std::move(classes2)),
+          m_callback(callback) {
+        DT_AddPairResponses(m_table, m_classes1.data(), m_classes1.size(), m_classes2.data(),
+                            m_classes2.size(), m_callback, DT_SIMPLE_RESPONSE, recorder);
+    }
+    ~PairResponses() {
+        DT_RemovePairResponses(m_table, m_classes1.data(), m_classes1.size(), m_classes2.data(),
+                               m_classes2.size(), m_callback);
+    }
+    PairResponses(const PairResponses&) = delete;
+    PairResponses& operator=(const PairResponses&) = delete;
+
+  private:
+    DT_RespTableHandle m_table;
+    std::vector<DT_ResponseClass> m_classes1;
+    std::vector<DT_ResponseClass> m_classes2;
+    DT_ResponseCallback m_callback;
+};
+
+/// An object that takes part in the tests of a scene as long as this is.
+class CCollisionManager::Membership {
+  public:
+    Membership(DT_SceneHandle scene, DT_ObjectHandle object) : m_scene(scene), m_object(object) {
+        DT_AddObject(m_scene, m_object);
+    }
+    ~Membership() { DT_RemoveObject(m_scene, m_object); }
+    Membership(const Membership&) = delete;
+    Membership& operator=(const Membership&) = delete;
+
+  private:
+    DT_SceneHandle m_scene;
+    DT_ObjectHandle m_object;
+};
+
+int CCollisionManager::CheckProbe(const CGroup& group, const Probe& probe, bool all, int* count) {
+    return RunQuery([&] {
+        Recorder recorder{all};
+        const PairResponses responses(m_respTable.get(), ClassesOf(group), {probe.responseClass},
+                                      &RecordProbe, &recorder);
+        Test(m_scene.get(), m_respTable.get(), recorder);
+        *count = ResultCount();
+        return KST_OK;
+    });
+}
+
+int CCollisionManager::CheckPoint(const CGroup& group, const Point& point, bool all, int* count) {
+    DT_SetPosition(m_point.object.get(), point.data());
+    return CheckProbe(group, m_point, all, count);
+}
+
+int CCollisionManager::CheckLine(const CGroup& group, const Point& start, const Point& end,
+                                 bool all, int* count) {
+    DT_SetMatrixf(m_line.object.get(), PlaceUnitSegment(start, end).data());
+    return CheckProbe(group, m_line, all, count);
+}
+
+int CCollisionManager::CheckGroups(const CGroup& group1, const CGroup& group2, bool all,
+                                   int* count) {
+    return RunQuery([&] {
+        std::vector<DT_ResponseClass> classes1 = ClassesOf(group1);
+        std::vector<DT_ResponseClass> classes2 = ClassesOf(group2);
+        if (Overlap(classes1, classes2)) {
+            return KST_ERROR_OVERLAP;
+        }
+        Recorder recorder{all, &group1};
+        const PairResponses responses(m_respTable.get(), std::move(classes1), std::move(classes2),
+                                      &RecordPair, &recorder);
+        Test(m_scene.get(), m_respTable.get(), recorder);
+        *count = ResultCount();
+        return KST_OK;
+    });
+}
+
+int CCollisionManager::GetClosestPairs(const CGroup& group1, const CGroup& group2, int* count) {
+    return RunQuery([&] {
+        std::vector<CSceneObject*> objects1;
+        std::vector<CSceneObject*> objects2;
+        group1.CollectObjects(objects1);
+        group2.CollectObjects(objects2);
+        for (const CSceneObject* a : objects1) {
+            for (const CSceneObject* b : objects2) {
+                if (a == b) {
+                    return KST_ERROR_OVERLAP;
+                }
+                if (!a->IsInCollisionWorld() || !b->IsInCollisionWorld()) {
+                    continue;
+                }
+                CCollisionResult result = MakeResult(a->Id(), b->Id());
+                result.value = Distance(*a, *b, result.point1, result.point2);
+                // Objects whose placement is not finite are at no distance.
+                if (std::isfinite(result.value)) {
+                    g_collisionResults.push_back(result);
+                }
+            }
+        }
+        SortResults(1.0F);
+        *count = ResultCount();
+        return KST_OK;
+    });
+}
+
+int CCollisionManager::GetPenetrationDepths(const CGroup& group1, const CGroup& group2,
+                                            int* count) {
+    int found = 0;
+    const int status = CheckGroups(group1, group2, true, &found);
+    if (status != KST_OK) {
+        return status;
+    }
+    if (found == 0) {
+        return KST_ERROR_NO_COLLISION;
+    }
+    for (CCollisionResult& result : g_collisionResults) {
+        WriteDepth(*g_objects.at(result.id1), *g_objects.at(result.id2), result);
+    }
+    SortResults(-1.0F);
+    *count = found;
+    return KST_OK;
+}
+
+bool CCollisionManager::ClassifyVisible(int view, DT_RespTableHandle table,
+                                        DT_ResponseClass responseClass) const {
+    bool any = false;
+    for (const CCollisionResult& result : g_collisionResults) {
+        const CSceneObject& object = *g_objects.at(result.id1);
+        if (object.Group()->IsVisibleInView(view)) {
+            DT_SetResponseClass(table, object.SolidObject(), responseClass);
+            any = true;
+        }
+    }
+    return any;
+}
+
+Point CCollisionManager::WalkRay(const Point& start, const Point& end, DT_RespTableHandle table,
+                                 DT_ResponseClass visibleClass) {
+    const Shape shape(DT_NewSphere(kPickRadius));
+    const Object sphere(DT_CreateObject(nullptr, shape.get()));
+    DT_SetPosition(sphere.get(), start.data());
+    const Membership membership(m_scene.get(), sphere.get());
+    const DT_ResponseClass sphereClass = DT_GenResponseClass(table);
+    DT_SetResponseClass(table, sphere.get(), sphereClass);
+    Recorder recorder{false};
+    const PairResponses responses(table, {sphereClass}, {visibleClass}, &RecordProbe, &recorder);
+
+    Point position = start;
+    const std::size_t before = g_collisionResults.size();
+    for (float t = 0.0F; t < kPickEnd; t += kPickStep) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            position[i] = end[i] + (start[i] - end[i]) * (kPickEnd - t) * 0.01F;
+        }
+        DT_SetPosition(sphere.get(), position.data());
+        Test(m_scene.get(), table, recorder);
+        if (g_collisionResults.size() != before) {
+            break;
+        }
+    }
+    return position;
+}
+
+CSceneObject* CCollisionManager::PickAlongRay(int view, const Point& start, const Point& end,
+                                              Point* point) {
+    int found = 0;
+    CheckLine(*g_groups.at(0), start, end, true, &found);
+    if (found == 0) {
+        return nullptr;
+    }
+    const std::size_t onLine = g_collisionResults.size();
+    const RespTable table(DT_CreateRespTable());
+    const DT_ResponseClass visibleClass = DT_GenResponseClass(table.get());
+    if (!ClassifyVisible(view, table.get(), visibleClass)) {
+        return nullptr;
+    }
+    *point = WalkRay(start, end, table.get(), visibleClass);
+    // A sphere that slips past leaves the line's first finding.
+    const bool met = g_collisionResults.size() > onLine;
+    const CCollisionResult& result = met ? g_collisionResults.back() : g_collisionResults.front();
+    return g_objects.at(result.id1);
+}
