@@ -38,10 +38,9 @@ inline Aabb Union(Aabb a, const Aabb& b) {
     return a.Include(b), a;
 }
 
-/// Square of the least distance between two boxes, 0 when they overlap.
-inline double DistanceSquared(const Aabb& a, const Aabb& b) {
-    const Vec3 gap = Max(Max(a.lower - b.upper, b.lower - a.upper), Vec3{});
-    return LengthSquared(gap);
+/// The least distance between two boxes, 0 when they overlap.
+inline double Distance(const Aabb& a, const Aabb& b) {
+    return Length(Max(Max(a.lower - b.upper, b.lower - a.upper), Vec3{}));
 }
 
 }  // namespace solid

@@ -83,7 +83,7 @@ void ForEachNear(const PlacedTree& tree, const Aabb& box, Visit visit) {
 
 struct NodePair {
     int a, b;
-    double squared = 0;  ///< of the distance of the boxes
+    double distance = 0;  ///< of the boxes: the polygons below are at least that far apart
 };
 
 /// The two pairs that one makes when its larger node that is no leaf is opened.
@@ -118,6 +118,28 @@ void ForEachNearPair(const PlacedTree& a, const PlacedTree& b, Visit visit) {
     }
 }
 
+/// No more than this can a convex body and a polygon reach into each other: the least of the depths
+/// along the axes of the world.
+double DepthBound(const Core& a, const Core& b) {
+    static constexpr Vec3 kAxes[6] = {{1, 0, 0},  {0, 1, 0},  {0, 0, 1},
+                                      {-1, 0, 0}, {0, -1, 0}, {0, 0, -1}};
+    double least = Aabb::kInfinity;
+    for (const Vec3& axis : kAxes)
+        least = std::min(least, Dot(Support(a, axis) - Support(b, -axis), axis));
+    return least + a.radius + b.radius;
+}
+
+/// Takes the depth of two polygons, or of a body and one, if it is the deepest so far.
+void TakeDeeper(const Core& a, const Core& b, bool& contact, PointPair& deepest) {
+    if (contact && DepthBound(a, b) <= deepest.value)
+        return;
+    PointPair pair;
+    if (ConvexPenetration(a, b, pair) && (!contact || pair.value > deepest.value)) {
+        contact = true;
+        deepest = pair;
+    }
+}
+
 PointPair Nothing() {
     PointPair pair;
     pair.value = Aabb::kInfinity;
@@ -140,11 +162,11 @@ PointPair MeshClosest(const Placed& convex, const Placed& mesh, const Vec3& refe
     const Core core = MakeCore(convex, reference);
     const Aabb box = ConvexBox(convex, reference);
     PointPair best = Nothing();
-    std::vector<NodePair> stack{{0, 0, DistanceSquared(tree.Box(0), box)}};
+    std::vector<NodePair> stack{{0, 0, Distance(tree.Box(0), box)}};
     while (!stack.empty()) {
         const NodePair top = stack.back();
         stack.pop_back();
-        if (top.squared >= best.value * best.value)
+        if (top.distance >= best.value)
             continue;
         if (tree.Node(top.a).leaf) {
             const PointPair pair = ConvexClosest(core, tree.Polygon(top.a));
@@ -155,9 +177,9 @@ PointPair MeshClosest(const Placed& convex, const Placed& mesh, const Vec3& refe
             continue;
         }
         NodePair nearer{PlacedTree::Near(top.a), 0}, farther{tree.Far(top.a), 0};
-        nearer.squared = DistanceSquared(tree.Box(nearer.a), box);
-        farther.squared = DistanceSquared(tree.Box(farther.a), box);
-        if (farther.squared < nearer.squared)
+        nearer.distance = Distance(tree.Box(nearer.a), box);
+        farther.distance = Distance(tree.Box(farther.a), box);
+        if (farther.distance < nearer.distance)
             std::swap(nearer, farther);
         stack.push_back(farther);
         stack.push_back(nearer);
@@ -171,12 +193,7 @@ bool MeshPenetration(const Placed& convex, const Placed& mesh, const Vec3& refer
     const Core core = MakeCore(convex, reference);
     bool contact = false;
     ForEachNear(tree, ConvexBox(convex, reference), [&](int leaf) {
-        PointPair pair;
-        if (ConvexPenetration(core, tree.Polygon(leaf), pair) &&
-            (!contact || pair.value > result.value)) {
-            contact = true;
-            result = pair;
-        }
+        TakeDeeper(core, tree.Polygon(leaf), contact, result);
         return false;
     });
     return contact;
@@ -194,11 +211,11 @@ bool MeshesContact(const Placed& a, const Placed& b, const Vec3& reference) {
 PointPair MeshesClosest(const Placed& a, const Placed& b, const Vec3& reference) {
     const PlacedTree treeA(a, reference), treeB(b, reference);
     PointPair best = Nothing();
-    std::vector<NodePair> stack{{0, 0, DistanceSquared(treeA.Box(0), treeB.Box(0))}};
+    std::vector<NodePair> stack{{0, 0, Distance(treeA.Box(0), treeB.Box(0))}};
     while (!stack.empty()) {
         const NodePair top = stack.back();
         stack.pop_back();
-        if (top.squared >= best.value * best.value)
+        if (top.distance >= best.value)
             continue;
         if (treeA.Node(top.a).leaf && treeB.Node(top.b).leaf) {
             const PointPair pair = ConvexClosest(treeA.Polygon(top.a), treeB.Polygon(top.b));
@@ -209,9 +226,9 @@ PointPair MeshesClosest(const Placed& a, const Placed& b, const Vec3& reference)
             continue;
         }
         auto [nearer, farther] = Open(treeA, treeB, top, treeA.Box(top.a), treeB.Box(top.b));
-        nearer.squared = DistanceSquared(treeA.Box(nearer.a), treeB.Box(nearer.b));
-        farther.squared = DistanceSquared(treeA.Box(farther.a), treeB.Box(farther.b));
-        if (farther.squared < nearer.squared)
+        nearer.distance = Distance(treeA.Box(nearer.a), treeB.Box(nearer.b));
+        farther.distance = Distance(treeA.Box(farther.a), treeB.Box(farther.b));
+        if (farther.distance < nearer.distance)
             std::swap(nearer, farther);
         stack.push_back(farther);
         stack.push_back(nearer);
@@ -223,12 +240,7 @@ bool MeshesPenetration(const Placed& a, const Placed& b, const Vec3& reference, 
     const PlacedTree treeA(a, reference), treeB(b, reference);
     bool contact = false;
     ForEachNearPair(treeA, treeB, [&](int leafA, int leafB) {
-        PointPair pair;
-        if (ConvexPenetration(treeA.Polygon(leafA), treeB.Polygon(leafB), pair) &&
-            (!contact || pair.value > result.value)) {
-            contact = true;
-            result = pair;
-        }
+        TakeDeeper(treeA.Polygon(leafA), treeB.Polygon(leafB), contact, result);
         return false;
     });
     return contact;
