@@ -3,7 +3,6 @@
 /// Shapes in their own frames. A shape never changes after it was built.
 
 #include <memory>
-#include <utility>
 #include <vector>
 
 #include "platform/solid/Aabb.h"
@@ -46,16 +45,6 @@ class Shape {
     /// that is not finite, or without points, is left out; with no polygon left the shape is empty.
     void BuildMesh(const std::vector<Vec3>& points, const std::vector<int>& counts);
     ~Shape();
-    /// Exchanges two shapes: how a shape that was handed out while it was being built gets its
-    /// form. Only before an object is made of it.
-    void Swap(Shape& other) noexcept {
-        std::swap(m_kind, other.m_kind);
-        std::swap(m_empty, other.m_empty);
-        std::swap(m_half, other.m_half);
-        std::swap(m_centre, other.m_centre);
-        m_points.swap(other.m_points);
-        m_mesh.swap(other.m_mesh);
-    }
     Shape(const Shape&) = delete;
     Shape& operator=(const Shape&) = delete;
 

@@ -1,0 +1,140 @@
+#include "platform/solid/Object.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstring>
+
+#include "platform/solid/RespTable.h"
+#include "platform/solid/Scene.h"
+
+namespace solid {
+
+namespace {
+
+std::atomic<std::uint64_t> g_nextNumber{0};
+
+Vec3 ToVec3(const float v[3]) {
+    return {static_cast<double>(v[0]), static_cast<double>(v[1]), static_cast<double>(v[2])};
+}
+
+}  // namespace
+
+Object::Object(void* client, const Shape* shape)
+    : m_client(client),
+      m_shape(shape),
+      m_number(g_nextNumber.fetch_add(1, std::memory_order_relaxed)) {}
+
+Object::~Object() {
+    if (m_scene != nullptr) {
+        m_scene->Remove(*this);
+    }
+    while (m_more != nullptr && !m_more->empty()) {
+        m_more->back().table->Forget(*this);
+    }
+    if (m_first.table != nullptr) {
+        m_first.table->Forget(*this);
+    }
+}
+
+void Object::SetMatrix(const float m[16]) noexcept {
+    float columns[4][3];
+    for (int c = 0; c < 4; ++c) {
+        std::memcpy(columns[c], m + 4 * c, sizeof columns[c]);
+    }
+    if (std::memcmp(columns, m_columns, sizeof columns) != 0) {
+        std::memcpy(m_columns, columns, sizeof columns);
+        Changed();
+    }
+}
+
+void Object::SetPosition(const float position[3]) noexcept {
+    std::memcpy(m_columns[3], position, sizeof m_columns[3]);
+    Changed();
+}
+
+void Object::SetMargin(float margin) noexcept {
+    m_margin = margin < 0 ? 0 : margin;
+    Changed();
+}
+
+void Object::Changed() noexcept {
+    // A product with 0 is 0 but for infinities and NaN.
+    float sum = m_margin * 0;
+    for (const auto& column : m_columns) {
+        sum += column[0] * 0 + column[1] * 0 + column[2] * 0;
+    }
+    m_finite = sum == 0;
+    if (m_scene != nullptr) {
+        m_scene->Moved(m_slot);
+    }
+}
+
+Placed Object::GetPlaced() const {
+    Placed placed;
+    placed.shape = m_shape;
+    for (int c = 0; c < 3; ++c) {
+        placed.placement.linear.col[c] = ToVec3(m_columns[c]);
+    }
+    placed.placement.origin = ToVec3(m_columns[3]);
+    placed.margin = static_cast<double>(m_margin);
+    return placed;
+}
+
+Aabb Object::WorldBox() const {
+    const Placed placed = GetPlaced();
+    return m_shape->WorldBox(placed.placement, placed.margin);
+}
+
+int Object::ClassInMore(const RespTable& table) const {
+    if (m_more != nullptr) {
+        for (const Membership& membership : *m_more) {
+            if (membership.table == &table) {
+                return membership.responseClass;
+            }
+        }
+    }
+    return -1;
+}
+
+Membership* Object::FindMembership(const RespTable& table) noexcept {
+    if (m_first.table == &table) {
+        return &m_first;
+    }
+    if (m_more != nullptr) {
+        for (Membership& membership : *m_more) {
+            if (membership.table == &table) {
+                return &membership;
+            }
+        }
+    }
+    return nullptr;
+}
+
+Membership& Object::AddMembership() {
+    if (m_first.table == nullptr) {
+        return m_first;
+    }
+    if (m_more == nullptr) {
+        m_more = std::make_unique<std::vector<Membership>>();
+    }
+    return m_more->emplace_back();
+}
+
+void Object::DropMembership(const RespTable& table) noexcept {
+    if (m_first.table == &table) {
+        m_first = {};
+    } else if (m_more != nullptr) {
+        const auto at = std::find_if(m_more->begin(), m_more->end(),
+                                     [&](const Membership& m) { return m.table == &table; });
+        if (at != m_more->end()) {
+            *at = m_more->back();
+            m_more->pop_back();
+        }
+        if (m_more->empty()) {
+            m_more.reset();
+        }
+    }
+}
+
+}  // namespace solid

@@ -1,0 +1,94 @@
+#pragma once
+
+/// Which classes of objects are tested against each other, and what is called for those in contact.
+
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <vector>
+
+#include "platform/solid/Object.h"
+#include "platform/solid/Solid.h"
+
+namespace solid {
+
+class RespTable {
+  public:
+    RespTable() = default;
+    /// Its objects live on, without a class in it.
+    ~RespTable();
+    RespTable(const RespTable&) = delete;
+    RespTable& operator=(const RespTable&) = delete;
+
+    int GenClass();
+    /// A class that is not of this table is ignored. May throw std::bad_alloc, and then nothing has
+    /// changed.
+    void SetClass(Object& object, int responseClass);
+    /// The object has no class in this table any more.
+    void Forget(Object& object) noexcept;
+
+    /// A response for every pair of an object of one list of classes and an object of the other.
+    /// Classes that are not of this table have no objects. The same lists in the same order with
+    /// the same callback again: the new client takes the place of the old one. May throw
+    /// std::bad_alloc, and then nothing has changed.
+    void AddResponse(const int* classes1, std::size_t count1, const int* classes2,
+                     std::size_t count2, DT_ResponseCallback callback, void* client);
+    /// Takes away what was added with the same arguments, if anything was.
+    void RemoveResponse(const int* classes1, std::size_t count1, const int* classes2,
+                        std::size_t count2, DT_ResponseCallback callback) noexcept;
+
+    /// Calls the responses for all pairs of objects of `scene` in contact, in ascending order of
+    /// the numbers of the first object, the second object, and of the responses; each response once
+    /// for a pair, however often its lists name it. Costs what the lists, the objects of their
+    /// smaller side and the pairs found cost. Callbacks must change neither the scene nor the
+    /// table. May throw std::bad_alloc. Returns the number of callbacks made, modulo 65536.
+    std::uint16_t Test(Scene& scene);
+
+  private:
+    struct Class {
+        std::vector<Object*> objects;
+        /// Equal to m_stamp when the class is on the asking side, or the asked side, of the
+        /// response being worked on. The objects of the asking side query the tree.
+        std::uint32_t asking = 0;
+        std::uint32_t asked = 0;
+    };
+    struct Response {
+        std::vector<int> classes1;
+        std::vector<int> classes2;
+        DT_ResponseCallback callback = nullptr;
+        void* client = nullptr;
+        std::uint64_t hash = 0;
+        std::uint64_t number = 0;  ///< in the order of adding
+        Response* next = nullptr;  ///< in the same bucket
+        std::list<Response>::iterator self;
+    };
+    /// A pair whose boxes overlap.
+    struct Candidate {
+        std::uint64_t number1, number2;  ///< of the objects, ascending
+        std::uint32_t slot1, slot2;
+        const Response* response;
+    };
+
+    bool IsClass(int c) const { return c >= 0 && static_cast<std::size_t>(c) < m_classes.size(); }
+    Response** Find(const int* classes1, std::size_t count1, const int* classes2,
+                    std::size_t count2, DT_ResponseCallback callback, std::uint64_t hash) noexcept;
+    void GrowBuckets();
+    /// Takes the object out of the list of its class.
+    void Leave(const Membership& membership) noexcept;
+    /// Sets the stamps and m_asking.
+    void MarkSides(const std::vector<int>& asking, const std::vector<int>& asked);
+    std::size_t CountObjects(const std::vector<int>& classes) const;
+    void Collect(const Response& response, Scene& scene, std::vector<Candidate>& candidates);
+    static std::uint32_t Report(const Scene& scene, const std::vector<Candidate>& candidates);
+
+    std::vector<Class> m_classes;
+    std::list<Response> m_responses;  ///< in the order of adding
+    std::list<Response> m_spare;      ///< taken away, kept for their memory
+    std::vector<Response*> m_buckets;
+    std::uint64_t m_nextNumber = 0;
+    std::uint32_t m_stamp = 0;
+    std::vector<const Class*> m_asking;   ///< classes with objects, each once
+    std::vector<Candidate> m_candidates;  ///< of the last test, kept for its memory
+};
+
+}  // namespace solid
