@@ -16,4 +16,13 @@ struct BoxAxes {
 
 BoxAxes TestBoxAxes(const Core& a, const Core& b);
 
+/// The same axes, asked for a yes or no only.
+enum class BoxAnswer {
+    kApart,
+    kTouch,
+    kUnknown,  ///< a box is flat: the axes do not tell all
+};
+
+BoxAnswer AskBoxAxes(const Core& a, const Core& b);
+
 }  // namespace solid

@@ -115,8 +115,8 @@ bool PointPenetration(const Core& a, const Core& b, PointPair& result) {
 bool BoxContact(const Core& a, const Core& b) {
     if (a.radius + b.radius > 0)
         return GjkContact(a, b);
-    const BoxAxes axes = TestBoxAxes(a, b);
-    return !axes.separated && (axes.full || GjkContact(a, b));
+    const BoxAnswer answer = AskBoxAxes(a, b);
+    return answer == BoxAnswer::kTouch || (answer == BoxAnswer::kUnknown && GjkContact(a, b));
 }
 
 PointPair BoxClosest(const Core& a, const Core& b) {

@@ -32,6 +32,10 @@ inline constexpr double kDepthFloor = 1e-13;
 /// across it.
 inline constexpr double kFlat = 1e-12;
 
+/// Square of the sine of an angle. Edges nearer to parallel have a cross product made of rounding,
+/// and no face between them that others do not stand for.
+inline constexpr double kParallel = 1e-20;
+
 /// Relative. Columns of a placement that differ in length, or from right angles, by less than this
 /// are those of a rotation with a scale: a matrix of floats holds no rotation any better.
 inline constexpr double kRigid = 2.5e-7;
