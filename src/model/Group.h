@@ -124,28 +124,31 @@ class CGroup {
     /// `newParent` must not lie in this subtree. The place relative to the parent stays.
     void MoveTo(CGroup* newParent) noexcept;
     /// A copy of this group and its direct objects under `target`.
-    CGroup* Clone(bool colCheck, CGroup* target, const std::string& label);
+    CGroup* Clone(bool colCheck, CGroup* target, const std::string& label) const;
     /// A copy, without collision capability, of `source` and all below it under `target`, which
     /// must lie outside. The group of id ids[i] gets the label labels[i] (no label if either is
     /// null), and the id of its copy goes to newIds[i]; of ids that occur twice, the first counts.
-    static CGroup* CloneRecursive(CGroup* source, int* newIds, CGroup* target, int count,
+    static CGroup* CloneRecursive(const CGroup* source, int* newIds, CGroup* target, int count,
                                   const int* ids, const char* const* labels);
-
-    // For CSceneObject, which enters and leaves by itself.
-    /// Takes the object in and counts it here and in all ancestors.
-    void AddObject(std::unique_ptr<CSceneObject> object);
-    std::unique_ptr<CSceneObject> RemoveObject(CSceneObject* object) noexcept;
 
   private:
     friend class CGroupCloner;
-
-    using ObjectNode = std::map<int, std::unique_ptr<CSceneObject>>::node_type;
+    friend class CSceneObject;
 
     CGroup(CGroup* parent, const std::string& label);
 
     static std::unique_ptr<CGroup> New(CGroup* parent, bool colCheck, const std::string& label);
     static CGroup* Adopt(std::unique_ptr<CGroup> group);
 
+    /// Takes the object in and counts it here and in all ancestors. The object is moved from only
+    /// if nothing failed.
+    void AddObject(std::unique_ptr<CSceneObject>&& object);
+    std::unique_ptr<CSceneObject> RemoveObject(CSceneObject* object) noexcept;
+    /// The same without the ancestors.
+    void AddOwnObject(std::unique_ptr<CSceneObject>&& object);
+    std::unique_ptr<CSceneObject> RemoveOwnObject(CSceneObject* object) noexcept;
+    void PassObject(CSceneObject* object, CGroup& to) noexcept;
+    /// Of this group and all its ancestors.
     void AddToSubtreeCounts(int count) noexcept;
     void DestroyOwnObjects() noexcept;
     void UpdateRow() noexcept;

@@ -3,12 +3,6 @@
 #include "model/KeyTrack.h"
 #include "platform/maverik/Maverik.h"
 
-/// Degrees in a radian, as the model converts angles.
-inline constexpr float kDegreesPerRadian = 57.29578f;
-
-/// `pose` with its rotation replaced by that of three angles in radians about x, y and z.
-MAV_matrix SetOrientationAngles(const MAV_matrix& pose, float x, float y, float z);
-
 /// A pose and scale that a group or object has at one time.
 struct CKeyState {
     float time;

@@ -145,7 +145,6 @@ class CSceneObject {
     void TakeGroupSurfaces();
     void CopyStateFrom(const CSceneObject& source);
     void ClaimLabel() noexcept;
-    void DropFormerSurface() noexcept;
     void EnterCollisionWorld();
     void LeaveCollisionWorld() noexcept;
     /// All of destruction that others can see, but for leaving the group.
@@ -170,6 +169,8 @@ class CSceneObject {
     ObjectType m_type;
     int m_primitiveCount;
     unsigned char m_activeSurface = 0;
+    /// The label was new when the object entered the scene.
+    bool m_broughtLabel = false;
     bool m_animated = false;
 };
 

@@ -27,7 +27,7 @@ class CCollisionNeighbour {
     /// The object's world matrix has changed.
     virtual void UpdateObject(CSceneObject* object) noexcept = 0;
     /// The object now belongs to another group, and takes that group's response class.
-    virtual void UpdateResponseClass(CSceneObject* object) = 0;
+    virtual void UpdateResponseClass(CSceneObject* object) noexcept = 0;
     virtual void SetObjectMargin(CSceneObject* object, float margin) noexcept = 0;
 };
 

@@ -89,7 +89,7 @@ struct MAV_texCoord {
 struct MAV_polygon {
     int vertexCount;
     MAV_vector normal;
-    const MAV_texCoord* texCoords;  ///< null: none
+    const MAV_texCoord* texCoords;  ///< null: all 0
     const MAV_vector* vertices;
     const MAV_surfaceParams* surfaceParams;
     MAV_matrix matrix;
@@ -101,7 +101,7 @@ struct MAV_polygonGrp {
     int polygonCount;
     const int* vertexCounts;        ///< one per polygon; null: each has 3
     const MAV_vector* normals;      ///< one per polygon
-    const MAV_texCoord* texCoords;  ///< null: none
+    const MAV_texCoord* texCoords;  ///< null: all 0
     const MAV_vector* vertices;
     const MAV_surfaceParams* surfaceParams;
     MAV_matrix matrix;
