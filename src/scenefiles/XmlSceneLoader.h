@@ -12,7 +12,7 @@ class XmlElement;
 /// as an argument out of range: KST_ERROR_ARGUMENT where the model would have given its code.
 class XmlSceneLoader {
   public:
-    explicit XmlSceneLoader(CCheckerApp& app) : m_app(app) {}
+    XmlSceneLoader();
 
     /// Reads the file into a group, which must exist. KST_ERROR_FILE with a text for whatever is
     /// wrong with the file; otherwise the code of the element that ended the walk, or of the last
@@ -23,8 +23,6 @@ class XmlSceneLoader {
     int Load(const char* fileName, int group, char** errorText);
 
   private:
-    struct Item;
-
     int ReadDocument(const char* fileName, int group);
     int WalkElements(const XmlElement& parent, int group);
 
@@ -36,16 +34,11 @@ class XmlSceneLoader {
     int ReadViewParams(const XmlElement& element, int group);
     int ReadViewMotion(const XmlElement& element, int view);
 
-    // The variants for a group and for an object are one template each; Target is one of the two.
-    struct GroupTarget;
-    struct ObjectTarget;
-    template <typename Target>
-    int ReadColors(const XmlElement& element, int id);
-    template <typename Target>
-    int ReadTextures(const XmlElement& element, int id);
-    template <typename Target>
-    int ReadMotion(const XmlElement& element, int id);
-    int ReadGroupSurfacesAndMotion(const XmlElement& element, int id);
+    // What a group and an object have in common; the id is of the one or the other.
+    enum class Owner { kGroup, kObject };
+    int ReadColors(const XmlElement& element, Owner owner, int id);
+    int ReadTextures(const XmlElement& element, Owner owner, int id);
+    int ReadMotion(const XmlElement& element, Owner owner, int id);
 
     int ReadBox(const XmlElement& element, int group);
     int ReadSphere(const XmlElement& element, int group);
@@ -60,7 +53,6 @@ class XmlSceneLoader {
     int ReadPolyline(const XmlElement& element, int group);
     int ReadTetrahedron(const XmlElement& element, int group);
     int ReadMeshPose(const XmlElement& element, int id);
-    int FinishMesh(const XmlElement& element, int id);
 
     CCheckerApp& m_app;
     // The folder of the file with its separator at the end.
