@@ -35,9 +35,36 @@ struct HorizonEdge {
     std::int32_t outside;  ///< the face beyond, which does not see the point
 };
 
+/// The lists of an expansion. They are kept from query to query of a thread, since making them anew
+/// takes longer than a query does.
+struct Workspace {
+    std::vector<SupportPoint> points;
+    std::vector<Face> faces;
+    std::vector<Candidate> heap;
+    std::vector<std::int32_t> visible;
+    std::vector<HorizonEdge> horizon;
+    std::vector<std::int32_t> faceFrom;  ///< by vertex: the new face whose rim edge starts there
+
+    void Clear() {
+        points.clear();
+        faces.clear();
+        heap.clear();
+    }
+};
+
 class Expansion {
   public:
-    Expansion(const Core& a, const Core& b) : m_a(a), m_b(b) {}
+    Expansion(const Core& a, const Core& b, Workspace& space)
+        : m_a(a),
+          m_b(b),
+          m_points(space.points),
+          m_faces(space.faces),
+          m_heap(space.heap),
+          m_visible(space.visible),
+          m_horizon(space.horizon),
+          m_faceFrom(space.faceFrom) {
+        space.Clear();
+    }
     DepthResult Run();
 
   private:
@@ -54,12 +81,12 @@ class Expansion {
     double m_scale = 0;
     double m_best = Aabb::kInfinity;  ///< least height of a support plane so far: a certain depth
     Vec3 m_bestAxis{1, 0, 0};
-    std::vector<SupportPoint> m_points;
-    std::vector<Face> m_faces;
-    std::vector<Candidate> m_heap;
-    std::vector<std::int32_t> m_visible;
-    std::vector<HorizonEdge> m_horizon;
-    std::vector<std::int32_t> m_faceFrom;  ///< by vertex: the new face whose rim edge starts there
+    std::vector<SupportPoint>& m_points;
+    std::vector<Face>& m_faces;
+    std::vector<Candidate>& m_heap;
+    std::vector<std::int32_t>& m_visible;
+    std::vector<HorizonEdge>& m_horizon;
+    std::vector<std::int32_t>& m_faceFrom;
 };
 
 /// The support point along a unit direction; each is a depth that would part the two.
@@ -128,7 +155,7 @@ std::optional<DepthResult> Expansion::MakeTetrahedron() {
     if (!(std::max(up, down) > flat))
         return Flat(plane, above);
 
-    m_points = {ends[0], ends[1], third, up >= down ? above : below};
+    m_points.assign({ends[0], ends[1], third, up >= down ? above : below});
     if (up >= down)
         std::swap(m_points[1], m_points[2]);
     static constexpr std::int32_t kCorners[4][3] = {{0, 1, 2}, {0, 3, 1}, {1, 3, 2}, {2, 3, 0}};
@@ -158,8 +185,11 @@ int Expansion::AddFace(std::int32_t i, std::int32_t j, std::int32_t k) {
     face.offset = (Dot(p, face.normal) * 3 + Dot(pq, face.normal) + Dot(pr, face.normal)) / 3;
     m_faces.push_back(face);
     const auto index = static_cast<std::int32_t>(m_faces.size()) - 1;
-    m_heap.push_back({face.offset, index});
-    std::push_heap(m_heap.begin(), m_heap.end());
+    // A face above the best depth so far bounds nothing any more.
+    if (face.offset < m_best) {
+        m_heap.push_back({face.offset, index});
+        std::push_heap(m_heap.begin(), m_heap.end());
+    }
     return index;
 }
 
@@ -324,7 +354,8 @@ void FindDepthPoints(const Core& a, const Core& b, DepthResult& result) {
 }
 
 DepthResult ExpandPolytope(const Core& a, const Core& b) {
-    return Expansion(a, b).Run();
+    thread_local Workspace space;
+    return Expansion(a, b, space).Run();
 }
 
 }  // namespace solid
