@@ -1,0 +1,201 @@
+#include "Scene.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <tuple>
+#include <utility>
+
+#include "Failure.h"
+#include "Names.h"
+#include "Output.h"
+#include "model/Group.h"
+#include "model/Registries.h"
+#include "model/SceneObject.h"
+
+namespace {
+
+constexpr int kRootGroup = 0;
+
+std::string Lower(std::string text) {
+    for (char& c : text) {
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    }
+    return text;
+}
+
+/// The library passes over a name with another suffix without a word.
+void RequireSceneSuffix(const std::string& file) {
+    const std::string suffix = file.size() < 4 ? "" : Lower(file.substr(file.size() - 4));
+    if (suffix != ".xml" && suffix != ".wrl")
+        throw Failure(file + ": not a scene file: its name ends neither in .xml nor in .wrl");
+}
+
+[[noreturn]] void FailToLoad(const std::string& file, int code, const char* errorText) {
+    // Only a file problem writes a text; with other codes there is none, or that of another load.
+    std::string text = code == KST_ERROR_FILE && errorText ? OneLine(errorText) : "";
+    if (text.find(file) != std::string::npos)
+        throw Failure(text);
+    if (code == KST_ERROR_UNKNOWN_GROUP)
+        text = "an object stands outside of all groups; put it into a <group>";
+    else if (code == KST_ERROR_ARGUMENT)
+        text = "the size, scale, angle, colour or time of an element is out of range";
+    else if (text.empty())
+        text = CodeText(code);
+    throw Failure(file + ": " + text);
+}
+
+const CGroup* FindById(const std::string& name) {
+    int id = 0;
+    const char* const end = name.data() + name.size();
+    const auto [stop, error] = std::from_chars(name.data(), end, id);
+    if (error != std::errc() || stop != end)
+        return nullptr;
+    const auto found = g_groups.find(id);
+    return found == g_groups.end() ? nullptr : found->second;
+}
+
+std::vector<KstCollisionResult> Results(int count) {
+    std::vector<KstCollisionResult> results(static_cast<std::size_t>(count));
+    if (count > 0)
+        Require(KST_GetResults(results.data()), "results");
+    return results;
+}
+
+/// The library may name the objects of a pair in either order where subgroups are concerned.
+void PutFirstGroupFirst(std::vector<KstCollisionResult>& results, int group1) {
+    const CGroup& first = *g_groups.at(group1);
+    for (KstCollisionResult& r : results) {
+        if (g_objects.at(r.id1)->Group()->IsWithin(first))
+            continue;
+        std::swap(r.id1, r.id2);
+        std::swap(r.point1, r.point2);
+    }
+}
+
+/// By `sign` times the value, ascending, then by the ids. What is not a number comes last.
+void SortByValue(std::vector<KstCollisionResult>& results, float sign) {
+    const auto rank = [sign](const KstCollisionResult& r) {
+        return std::isnan(r.value) ? std::numeric_limits<float>::infinity() : sign * r.value;
+    };
+    std::sort(results.begin(), results.end(), [rank](const auto& a, const auto& b) {
+        return std::tuple(rank(a), a.id1, a.id2) < std::tuple(rank(b), b.id1, b.id2);
+    });
+}
+
+std::string PairContext(int group1, int group2) {
+    return GroupName(group1) + " and " + GroupName(group2);
+}
+
+std::vector<int> ObjectIds(int count) {
+    std::vector<int> ids;
+    for (const KstCollisionResult& r : Results(count))
+        ids.push_back(r.id1);
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+}  // namespace
+
+Scene::Scene(const std::string& file) : m_file(file) {
+    RequireSceneSuffix(file);
+    Require(KST_Initialisation(false, false, false), "start");
+    char* errorText = nullptr;
+    const int code = KST_LoadScene(file.c_str(), kRootGroup, &errorText);
+    if (code != KST_OK) {
+        // The text outlives the scene, but the destructor does not run after a throw from here.
+        KST_End();
+        FailToLoad(file, code, errorText);
+    }
+}
+
+Scene::~Scene() {
+    KST_End();
+}
+
+void Scene::SetTime(double time) {
+    Require(KST_SetTime(static_cast<float>(time)), "time");
+}
+
+int Scene::FindGroup(const std::string& name) const {
+    const std::string quoted = "\"" + OneLine(name) + "\"";
+    const CGroup* group = nullptr;
+    if (const int* id = g_labels.Find(name)) {
+        const auto found = g_groups.find(*id);
+        if (found == g_groups.end() || found->second->Label() != name)
+            throw Failure(quoted + " is an object; name a group");
+        group = found->second;
+    } else {
+        group = FindById(name);
+    }
+    if (!group)
+        throw Failure("no group " + quoted + " in " + m_file + "; \"kestrane info\" lists them");
+    if (!group->Parent())
+        throw Failure(
+            "the root group holds the whole scene and cannot be checked; name a group in it");
+    if (!group->IsCollisionCapable())
+        throw Failure(GroupName(group->Id()) +
+                      " has no collision capability; give it colCheck=\"true\" in the scene file");
+    return group->Id();
+}
+
+std::vector<KstCollisionResult> Scene::Contacts(int group1, int group2, bool all) {
+    int count = 0;
+    Require(KST_CheckGroupCollision(group1, group2, all, &count), PairContext(group1, group2));
+    std::vector<KstCollisionResult> results = Results(count);
+    PutFirstGroupFirst(results, group1);
+    std::sort(results.begin(), results.end(), [](const auto& a, const auto& b) {
+        return std::tie(a.id1, a.id2) < std::tie(b.id1, b.id2);
+    });
+    return results;
+}
+
+std::vector<KstCollisionResult> Scene::Distances(int group1, int group2) {
+    int count = 0;
+    Require(KST_GetClosestPairs(group1, group2, &count), PairContext(group1, group2));
+    std::vector<KstCollisionResult> results = Results(count);
+    SortByValue(results, 1);
+    return results;
+}
+
+std::vector<KstCollisionResult> Scene::Depths(int group1, int group2) {
+    int count = 0;
+    const int code = KST_GetPenetrationDepths(group1, group2, &count);
+    if (code == KST_ERROR_NO_COLLISION)
+        return {};
+    Require(code, PairContext(group1, group2));
+    std::vector<KstCollisionResult> results = Results(count);
+    PutFirstGroupFirst(results, group1);
+    SortByValue(results, -1);
+    return results;
+}
+
+std::vector<int> Scene::ObjectsAtPoint(int group, const Point& point, bool all) {
+    int count = 0;
+    Require(KST_CheckPointCollision(group, point[0], point[1], point[2], all, &count),
+            GroupName(group));
+    return ObjectIds(count);
+}
+
+std::vector<int> Scene::ObjectsOnLine(int group, const Point& from, const Point& to, bool all) {
+    int count = 0;
+    Require(
+        KST_CheckLineCollision(group, from[0], from[1], from[2], to[0], to[1], to[2], all, &count),
+        GroupName(group));
+    return ObjectIds(count);
+}
+
+CheckedObjects CountCheckedObjects(int group) {
+    std::vector<CSceneObject*> objects;
+    g_groups.at(group)->CollectObjects(objects);
+    CheckedObjects count;
+    for (const CSceneObject* object : objects) {
+        if (object->IsInCollisionWorld())
+            ++count.checked;
+        else if (object->Type() != kTypePolyline)
+            ++count.unchecked;
+    }
+    return count;
+}

@@ -1,0 +1,95 @@
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "Output.h"
+
+namespace {
+
+/// The parser takes "-1" for a number but "-.5" for an option; "-0.5" is the same number.
+std::string WithLeadingZero(const std::string& argument) {
+    const bool bare = argument.size() > 2 && argument[0] == '-' && argument[1] == '.' &&
+                      argument[2] >= '0' && argument[2] <= '9';
+    return bare ? "-0" + argument.substr(1) : argument;
+}
+
+void Describe(CLI::App& program) {
+    program.set_version_flag("--version", "kestrane " KESTRANE_VERSION);
+    program.require_subcommand(1);
+    program.get_formatter()->column_width(28);
+    program.get_formatter()->label("REQUIRED", "");
+    program.get_formatter()->label("TEXT", "");
+    program.footer(
+        "\nA GROUP is the label of a group, or its id; a label that looks like a number is taken "
+        "as a\n"
+        "label first. \"kestrane COMMAND --help\" explains one command.\n"
+        "\nExamples:\n"
+        "  kestrane info robot_cell.xml\n"
+        "  kestrane check robot_cell.xml robot cell --time 7.7\n"
+        "  kestrane sweep robot_cell.xml robot cell --from 0 --to 20 --step 0.01 --refine\n" +
+        std::string(kStatusHelp));
+}
+
+/// A mistake on the command line itself, in one line that says where to read on.
+Failure UsageFailure(const CLI::App& program, const std::string& message) {
+    std::string command = "kestrane";
+    for (const CLI::App* chosen : program.get_subcommands())
+        command += " " + chosen->get_name();
+    return Failure(message + "; see \"" + command + " --help\"");
+}
+
+int Run(int argc, char** argv) {
+    CLI::App program{"Loads a scene and answers what collides in it, how near and how deep.",
+                     "kestrane"};
+    Describe(program);
+    Action action;
+    for (const auto add : {AddInfoCommand, AddCheckCommand, AddDistanceCommand, AddDepthCommand,
+                           AddPointCommand, AddLineCommand, AddSweepCommand})
+        add(program, action);
+
+    // The parser takes its arguments from the back of the vector.
+    std::vector<std::string> arguments;
+    for (int i = argc - 1; i > 0; --i)
+        arguments.push_back(WithLeadingZero(argv[i]));
+    int status = kFree;
+    try {
+        program.parse(std::move(arguments));
+        status = action();
+    } catch (const CLI::CallForHelp&) {
+        Write(program.help());
+    } catch (const CLI::CallForVersion& version) {
+        Write(std::string(version.what()) + "\n");
+    } catch (const CLI::ParseError& error) {
+        throw UsageFailure(program, error.what());
+    }
+    FlushOutput();
+    return status;
+}
+
+int Report(const std::string& message) {
+    const std::string line = "kestrane: " + OneLine(message) + "\n";
+    std::fputs(line.c_str(), stderr);
+    return kFailed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+#ifdef SIGPIPE
+    // Whoever reads the output may stop doing so; the program then ends without a word, also when
+    // its parent ignores the signal.
+    std::signal(SIGPIPE, SIG_DFL);
+#endif
+    try {
+        return Run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        return Report("out of memory");
+    } catch (const std::exception& failure) {
+        return Report(failure.what());
+    }
+}
