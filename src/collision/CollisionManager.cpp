@@ -1,9 +1,11 @@
 #include "collision/CollisionManager.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "model/Group.h"
+#include "model/Registries.h"
 #include "model/SceneObject.h"
 
 namespace {
@@ -81,11 +83,29 @@ void CCollisionManager::UpdateObject(CSceneObject* object) noexcept {
     }
 }
 
-void CCollisionManager::UpdateResponseClass(CSceneObject* object) {
-    if (object->IsInCollisionWorld()) {
-        DT_SetResponseClass(m_respTable.get(), object->SolidObject(),
-                            object->Group()->ResponseClass());
+void CCollisionManager::UpdateResponseClass(CSceneObject* object) noexcept {
+    try {
+        SetResponseClass(*object);
+    } catch (const std::bad_alloc&) {
+        m_classesStale = true;
     }
+}
+
+void CCollisionManager::SetResponseClass(const CSceneObject& object) {
+    if (object.IsInCollisionWorld()) {
+        DT_SetResponseClass(m_respTable.get(), object.SolidObject(),
+                            object.Group()->ResponseClass());
+    }
+}
+
+void CCollisionManager::BringClassesUpToDate() {
+    if (!m_classesStale) {
+        return;
+    }
+    for (const auto& [id, object] : g_objects) {
+        SetResponseClass(*object);
+    }
+    m_classesStale = false;
 }
 
 void CCollisionManager::SetObjectMargin(CSceneObject* object, float margin) noexcept {
@@ -96,4 +116,8 @@ void CCollisionManager::SetObjectMargin(CSceneObject* object, float margin) noex
 
 void CCollisionManager::CopyResults(CCollisionResult* out) noexcept {
     std::copy(g_collisionResults.begin(), g_collisionResults.end(), out);
+}
+
+void CCollisionManager::ClearResults() noexcept {
+    std::vector<CCollisionResult>().swap(g_collisionResults);
 }

@@ -36,7 +36,8 @@ class CCollisionManager final : public CCollisionNeighbour {
     void AddObject(CSceneObject* object) override;
     void RemoveObject(CSceneObject* object) noexcept override;
     void UpdateObject(CSceneObject* object) noexcept override;
-    void UpdateResponseClass(CSceneObject* object) override;
+    /// Where memory runs out, the next query sees to it.
+    void UpdateResponseClass(CSceneObject* object) noexcept override;
     void SetObjectMargin(CSceneObject* object, float margin) noexcept override;
 
     // ---- Queries. All leave their findings in g_collisionResults ----
@@ -62,6 +63,8 @@ class CCollisionManager final : public CCollisionNeighbour {
 
     /// Copies all findings.
     static void CopyResults(CCollisionResult* out) noexcept;
+    /// Empties the store and gives its memory back.
+    static void ClearResults() noexcept;
 
   private:
     template <auto Delete>
@@ -87,6 +90,8 @@ class CCollisionManager final : public CCollisionNeighbour {
     class PairResponses;
 
     Probe MakeProbe(Shape shape);
+    void SetResponseClass(const CSceneObject& object);
+    void BringClassesUpToDate();
     int CheckProbe(const CGroup& group, const Probe& probe, bool all, int* count);
     /// Puts the objects found that are visible in the view into a class of another table.
     bool ClassifyVisible(int view, DT_RespTableHandle table, DT_ResponseClass responseClass) const;
@@ -99,4 +104,6 @@ class CCollisionManager final : public CCollisionNeighbour {
     RespTable m_respTable;
     Probe m_point;
     Probe m_line;
+    /// An object may be in the class of a former group.
+    bool m_classesStale = false;
 };

@@ -25,19 +25,15 @@ constexpr float kPickRadius = 0.05F;
 constexpr float kPickEnd = 100.0F;
 constexpr float kPickStep = 0.005F;
 
-void ClearResults() noexcept {
-    std::vector<CCollisionResult>().swap(g_collisionResults);
-}
-
 /// Runs a query on an empty store. One that fails half-way leaves it empty, so that the host never
 /// gets more records than the last count that it was told.
 template <class Body>
 int RunQuery(Body&& body) {
-    ClearResults();
+    CCollisionManager::ClearResults();
     try {
         return body();
     } catch (...) {
-        ClearResults();
+        CCollisionManager::ClearResults();
         throw;
     }
 }
@@ -201,6 +197,7 @@ class CCollisionManager::Membership {
 
 int CCollisionManager::CheckProbe(const CGroup& group, const Probe& probe, bool all, int* count) {
     return RunQuery([&] {
+        BringClassesUpToDate();
         Recorder recorder{all};
         const PairResponses responses(m_respTable.get(), ClassesOf(group), {probe.responseClass},
                                       &RecordProbe, &recorder);
@@ -224,6 +221,7 @@ int CCollisionManager::CheckLine(const CGroup& group, const Point& start, const 
 int CCollisionManager::CheckGroups(const CGroup& group1, const CGroup& group2, bool all,
                                    int* count) {
     return RunQuery([&] {
+        BringClassesUpToDate();
         std::vector<DT_ResponseClass> classes1 = ClassesOf(group1);
         std::vector<DT_ResponseClass> classes2 = ClassesOf(group2);
         if (Overlap(classes1, classes2)) {

@@ -2,14 +2,23 @@
 
 #include <array>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "kestrane.h"
 
 class CCollisionManager;
 class CGroup;
-class CSceneObject;
 class CVisView;
+class LoadingScenes;
+
+namespace settings {
+class ProfileStore;
+}
+
+/// The model lock. Whoever touches the scene or the collision world holds it: every exported
+/// function, every action of the panel. Never held while waiting for a thread to end.
+extern std::recursive_mutex g_modelLock;
 
 /// The application object: one method for each exported function, with the same name, arguments and
 /// codes (see kestrane.h), behind which stand the scene, the collision world and the views. The
@@ -140,12 +149,11 @@ class CCheckerApp {
     static void SetErrorText(const std::string& text);
 
   private:
-    struct LoadingScenes;
-
-    std::unique_ptr<CCollisionManager> m_collision;
+    std::unique_ptr<settings::ProfileStore> m_settings;
     std::array<std::unique_ptr<CVisView>, 4> m_views;
-    std::unique_ptr<CGroup> m_rootGroup;
+    std::unique_ptr<CCollisionManager> m_collision;
     std::unique_ptr<LoadingScenes> m_loading;
+    std::unique_ptr<CGroup> m_rootGroup;
 };
 
 /// The one application object. It is made at the first call and stands until the process ends, so

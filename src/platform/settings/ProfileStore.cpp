@@ -10,7 +10,9 @@
 #include <optional>
 #include <system_error>
 
+// Wide characters are not used. Debian's copy of the header leaves the code out unless asked.
 #define SI_NO_CONVERSION
+#define SI_IMPLEMENTATION
 #include <SimpleIni.h>
 
 namespace settings {
