@@ -298,9 +298,9 @@ KST_API int KST_SetViewParams(int view, float eyeX, float eyeY, float eyeZ, floa
 /*
  * Tells where the camera of a view is, in the terms of KST_SetViewParams; up has length 1.
  *
- * view  0 to 3.
+ * view        0 to 3.
  * eye, point  Places for one float each; not null.
- * up    Places for one float each; nothing is written to them if any is null.
+ * up          Places for one float each; nothing is written to them if any is null.
  *
  * KST_ERROR_ARGUMENT unless view is 0 to 3; KST_ERROR_VIEW_NOT_OPEN. Headless: nothing is written.
  */
@@ -311,10 +311,10 @@ KST_API int KST_GetViewParams(int view, float* eyeX, float* eyeY, float* eyeZ, f
  * Adds a key state to the flight of a view: where its camera is at one time. The view follows from
  * the next KST_SetTime.
  *
- * view  0 to 3; open or closed.
- * time  Not before the last key state of the view; the order is not tested.
+ * view            0 to 3; open or closed.
+ * time            Not before the last key state of the view; the order is not tested.
  * eye, point, up  Three floats each, in the terms of KST_SetViewParams. Null: as in the last key
- * state (for point, its direction), and in the first one as the camera is now.
+ *                 state (for point, its direction), and in the first one as the camera is now.
  *
  * KST_ERROR_ARGUMENT unless view is 0 to 3. Headless: KST_OK whatever the arguments, no effect.
  */
@@ -368,7 +368,8 @@ KST_API int KST_ScreenCapture(int view, const char* fileName);
  * parent     The group above; 0 is allowed.
  * colCheck   The group has collision capability.
  * label      If another group or object has it, "_1" is added, or "_2", ...; null or empty for
- * none. collapsed  The group's row in the panel starts closed.
+ *            none.
+ * collapsed  The group's row in the panel starts closed.
  *
  * KST_ERROR_UNKNOWN_PARENT if newId is null or there is no such parent.
  */
@@ -460,7 +461,7 @@ KST_API int KST_SetGroupTexture(int id, int texture, float xTile, float yTile, b
  * Shows surface 0 or 1 on all objects below a group.
  *
  * recursive  Objects made later in the groups below start with this surface too, not only those
- * made in the group itself.
+ *            made in the group itself.
  *
  * KST_ERROR_UNKNOWN_GROUP; KST_ERROR_ARGUMENT for surfaceIndex. Headless: no effect.
  */
@@ -500,8 +501,10 @@ KST_API int KST_SetGroupVisibility(int id, int view, bool visible);
  * time          Not before the group's last key state; equal times make a jump.
  * pos           Three floats: position.
  * orient        Three angles as for KST_SetGroupOrientation or, with isQuaternion, four floats x,
- * y, z, w. scale         Three floats: factors. Each may be null: as in the last key state, in the
- * first one as the group stands now. isQuaternion  How to read orient.
+ *               y, z, w.
+ * scale         Three floats: factors. Each may be null: as in the last key state, in the first one
+ *               as the group stands now.
+ * isQuaternion  How to read orient.
  *
  * KST_ERROR_ARGUMENT for an angle out of range; KST_ERROR_UNKNOWN_GROUP; KST_ERROR_TIME_ORDER.
  */
@@ -541,10 +544,10 @@ KST_API int KST_CloneGroup(int* newId, int source, int targetParent, bool colChe
  * Copies a group with all groups and objects below it, as KST_CloneGroup does. The copies have no
  * collision capability, and no labels but those given here.
  *
- * newIds        Receives, at i, the id of the copy of the group ids[i]; entries for groups that are
- * not copied stay as they are. Of ids that occur twice the first counts. count         Entries in
- * ids, newIds and labels; 0 is allowed, and the arrays may then be null. labels        Labels of
- * the copies; null, or null in it, for none.
+ * newIds  Receives, at i, the id of the copy of the group ids[i]; entries for groups that are not
+ *         copied stay as they are. Of ids that occur twice the first counts.
+ * count   Entries in ids, newIds and labels; 0 is allowed, and the arrays may then be null.
+ * labels  Labels of the copies; null, or null in it, for none.
  *
  * KST_ERROR_UNKNOWN_GROUP for source or targetParent; KST_ERROR_CLONE_INTO_ITSELF if targetParent
  * is the source or lies below it; KST_ERROR_ARGUMENT for a count below 0 or a null newIds or ids.
@@ -569,7 +572,8 @@ KST_API int KST_GetGroupObjectID(int id, int index, int* objectId);
 
 /* ---- Objects --------------------------------------------------------------------------------- */
 
-/* An id of an object that is unknown gives KST_ERROR_UNKNOWN_OBJECT. 0 is an object like any other.
+/*
+ * An id of an object that is unknown gives KST_ERROR_UNKNOWN_OBJECT. 0 is an object like any other.
  */
 
 /* Destroys an object. KST_ERROR_UNKNOWN_OBJECT. */
@@ -663,8 +667,10 @@ KST_API int KST_AddObjectKeyState(int id, float time, const float* pos, const fl
  */
 KST_API int KST_SetObjectCyclic(int id, bool cyclic);
 
-/* Ends the motion of an object, as KST_ClearGroupKeyStates does for a group.
- * KST_ERROR_UNKNOWN_OBJECT. */
+/*
+ * Ends the motion of an object, as KST_ClearGroupKeyStates does for a group.
+ * KST_ERROR_UNKNOWN_OBJECT.
+ */
 KST_API int KST_ClearObjectKeyStates(int id);
 
 /*
