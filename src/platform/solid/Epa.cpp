@@ -289,13 +289,16 @@ DepthResult Expansion::Finish(const Face& face, double height) {
         corner[i] = &m_points[static_cast<std::size_t>(face.vertex[i])];
     const Vec3 foot = face.normal * face.offset;
     double weight[3];
-    double sum = 0;
+    double sum = 0, least = Aabb::kInfinity;
     for (int i = 0; i < 3; ++i) {
         const Vec3 side = corner[(i + 2) % 3]->w - corner[(i + 1) % 3]->w;
-        weight[i] = std::max(0.0, Dot(Cross(side, foot - corner[(i + 1) % 3]->w), face.normal));
+        weight[i] = Dot(Cross(side, foot - corner[(i + 1) % 3]->w), face.normal);
         sum += weight[i];
+        least = std::min(least, weight[i]);
     }
-    if (!(sum > 0)) {
+    // A face of the difference that is no triangle stands as several in one plane, and the foot may
+    // lie in another of them.
+    if (!(least >= -kFootOutside * sum)) {
         FindDepthPoints(m_a, m_b, result);
         return result;
     }

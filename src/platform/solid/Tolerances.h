@@ -28,6 +28,10 @@ inline constexpr double kDepthGap = 1e-5;
 /// Unit: scale of the pair. The same, absolute; also the height above which a point sees a face.
 inline constexpr double kDepthFloor = 1e-13;
 
+/// Unit: area of the face. The foot of the origin that lies outside a face by more belongs to
+/// another.
+inline constexpr double kFootOutside = 1e-9;
+
 /// Unit: extent of the body. A difference body thinner than this is flat, and the depth is measured
 /// across it.
 inline constexpr double kFlat = 1e-12;
