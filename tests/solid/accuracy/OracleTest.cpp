@@ -183,7 +183,8 @@ TEST(Oracle, BoundsMeetForAllKinds) {
         if (d.inside >= 1e-7) {
             ASSERT_LT(Length(d.point1 - d.point2), 1e-9 * size);
         } else {
-            EXPECT_LT(d.upper - d.lower, 1e-9 * size) << d.upper << " " << d.inside << " " << Describe(pair.a) << Describe(pair.b);
+            EXPECT_LT(d.upper - d.lower, 1e-9 * size)
+                << d.upper << " " << d.inside << " " << Describe(pair.a) << Describe(pair.b);
             ASSERT_NEAR(Length(d.point1 - d.point2), d.upper, 1e-9 * size);
         }
         if (i % 20 == 0 && d.inside >= 1e-7 && a.IsPolyhedral() && b.IsPolyhedral()) {

@@ -162,7 +162,11 @@ Pair BroughtNear(Random& random, Spec a, Spec b) {
         return most;
     };
     const double touching = extent(piecesA, n) + extent(piecesB, -n);
-    const double apart = touching * std::sqrt(random.Uniform(0, 1.2));
+    // How much of the way out to where two bounds just touch most of the shapes reach.
+    static const double kFullness[kKindCount] = {1, 1.15, 1.05, 0.95, 0.55, 0.9, 0.85};
+    const double reach =
+        1.3 * kFullness[static_cast<int>(a.kind)] * kFullness[static_cast<int>(b.kind)];
+    const double apart = touching * std::sqrt(random.Uniform(0, reach));
     const Vec3 place = InBall(random) * 3;
     const Point first = Rounded(place);
     const Point second = Rounded(place + n * apart);
@@ -176,6 +180,9 @@ Pair BroughtNear(Random& random, Spec a, Spec b) {
 Pair RandomPair(Random& random, Kind kind1, Kind kind2) {
     Spec a = RandomObject(random, kind1);
     Spec b = RandomObject(random, kind2);
+    if (kind1 == Kind::kSegment && kind2 == Kind::kSegment && random.Chance(0.9)) {
+        a.margin = static_cast<float>(random.Uniform(0.05, 0.5));  // bare, they never touch
+    }
     return BroughtNear(random, std::move(a), std::move(b));
 }
 
