@@ -1,7 +1,9 @@
 #include "platform/solid/DynamicTree.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include "platform/solid/Growth.h"
@@ -13,8 +15,11 @@ namespace {
 constexpr float kFloatMax = std::numeric_limits<float>::max();
 /// Deeper than this, a build halves by number: the depth of a built tree stays below this and 32.
 constexpr unsigned kMaxCostSplits = 48;
-/// An insertion that has to go deeper than any built tree asks for a build.
+/// An insertion that ends deeper than any built tree makes a part of the tree balanced.
 constexpr unsigned kMaxDescent = 96;
+/// The part that is balanced is the smallest around the new leaf that is higher by this than 1.5
+/// times the logarithm of its items.
+constexpr double kUnbalanced = 8;
 constexpr int kBins = 16;
 
 /// Next float downwards of a finite one.
@@ -208,7 +213,7 @@ void DynamicTree::Place(std::uint32_t n, const Node& node) noexcept {
     }
 }
 
-std::uint32_t DynamicTree::FindSibling(std::uint32_t id, const FloatBox& box) noexcept {
+DynamicTree::Position DynamicTree::FindSibling(std::uint32_t id, const FloatBox& box) noexcept {
     // Where costs are equal, bits of the item's number decide: equal boxes then spread evenly.
     std::uint32_t ties = id * 0x9e3779b9u;
     double above = 0;  // growth of the boxes above the current node
@@ -217,8 +222,7 @@ std::uint32_t DynamicTree::FindSibling(std::uint32_t id, const FloatBox& box) no
         Node& node = At(n);
         const FloatBox joined = Union(node.box, box);
         if (node.IsLeaf()) {
-            m_tooDeep = m_tooDeep || depth > kMaxDescent;
-            return n;
+            return {n, depth};
         }
         const double here = above + Measure(joined);
         above = here - Measure(node.box);
@@ -229,8 +233,7 @@ std::uint32_t DynamicTree::FindSibling(std::uint32_t id, const FloatBox& box) no
                 above + Measure(Union(child.box, box)) - (child.IsLeaf() ? 0 : Measure(child.box));
         }
         if (here < std::min(cost[0], cost[1])) {
-            m_tooDeep = m_tooDeep || depth > kMaxDescent;
-            return n;
+            return {n, depth};
         }
         const bool tie = !(cost[0] < cost[1]) && !(cost[1] < cost[0]);
         const std::uint32_t side = tie ? ties >> 31 : cost[1] < cost[0] ? 1u : 0u;
@@ -253,7 +256,7 @@ void DynamicTree::Insert(std::uint32_t id, const FloatBox& box) noexcept {
         Place(0, leaf);
         return;
     }
-    const std::uint32_t n = FindSibling(id, box);
+    const auto [n, depth] = FindSibling(id, box);
     const std::uint32_t pair = NewPair();
     Node sibling = At(n);
     At(n).box = Union(sibling.box, box);
@@ -261,6 +264,13 @@ void DynamicTree::Insert(std::uint32_t id, const FloatBox& box) noexcept {
     sibling.parent = leaf.parent = n;
     Place(2 * pair, sibling);
     Place(2 * pair + 1, leaf);
+    if (depth > kMaxDescent) {
+        try {
+            Balance(2 * pair + 1);
+        } catch (const std::bad_alloc&) {
+            // It can wait: a deep tree is slow, not wrong.
+        }
+    }
 }
 
 void DynamicTree::Remove(std::uint32_t id) noexcept {
@@ -271,7 +281,6 @@ void DynamicTree::Remove(std::uint32_t id) noexcept {
         m_pairs.clear();
         m_freePair = kNone;
         m_changes = 0;
-        m_tooDeep = false;
         return;
     }
     std::uint32_t parent = At(n).parent;
@@ -291,34 +300,42 @@ void DynamicTree::Remove(std::uint32_t id) noexcept {
 }
 
 void DynamicTree::Build(std::vector<Item>& items) noexcept {
+    std::fill(m_leafOf.begin(), m_leafOf.end(), kNone);
+    m_pairs.clear();
+    m_count = items.size();
+    m_changes = 0;
+    m_freePair = kNone;
+    m_ordered = true;
+    if (!items.empty()) {
+        m_pairs.emplace_back();
+        BuildBelow(0, items, 0);
+    }
+    m_builtCost = InnerCost();
+}
+
+void DynamicTree::BuildBelow(std::uint32_t top, std::vector<Item>& items,
+                             unsigned depthOfTop) noexcept {
     struct Task {
         Item* first;
         Item* last;
         std::uint32_t node;
         unsigned depth;
     };
-    std::fill(m_leafOf.begin(), m_leafOf.end(), kNone);
-    m_pairs.clear();
-    m_count = items.size();
-    m_changes = 0;
-    m_freePair = kNone;
-    m_tooDeep = false;
-    m_ordered = true;
-    if (items.empty()) {
-        return;
-    }
-    m_pairs.emplace_back();
     // One waiting task for each level at most.
     std::array<Task, kMaxCostSplits + 34> tasks;
     std::size_t waiting = 0;
-    tasks[waiting++] = {items.data(), items.data() + items.size(), 0, 0};
+    tasks[waiting++] = {items.data(), items.data() + items.size(), top, depthOfTop};
     while (waiting > 0) {
         const Task task = tasks[--waiting];
+        Node& node = At(task.node);
+        node.box = task.first->box;
         if (task.last - task.first == 1) {
-            At(task.node).box = task.first->box;
-            At(task.node).link = task.first->id | kLeaf;
+            node.link = task.first->id | kLeaf;
             m_leafOf[task.first->id] = task.node;
             continue;
+        }
+        for (const Item* i = task.first + 1; i != task.last; ++i) {
+            node.box = Union(node.box, i->box);
         }
         Item* const middle = Divide(task.first, task.last, task.depth);
         const std::uint32_t pair = NewPair();
@@ -327,14 +344,52 @@ void DynamicTree::Build(std::vector<Item>& items) noexcept {
         tasks[waiting++] = {middle, task.last, 2 * pair + 1, task.depth + 1};
         tasks[waiting++] = {task.first, middle, 2 * pair, task.depth + 1};
     }
-    for (std::size_t n = 2 * m_pairs.size(); n-- > 0;) {
-        Node& node = At(static_cast<std::uint32_t>(n));
-        if (n != 1 && !node.IsLeaf()) {
-            const Pair& children = m_pairs[node.link];
-            node.box = Union(children.nodes[0].box, children.nodes[1].box);
+}
+
+void DynamicTree::Collect(std::uint32_t top, std::vector<Item>& items) const {
+    Stack stack;
+    for (std::uint32_t n = top;;) {
+        const Node& node = At(n);
+        if (!node.IsLeaf()) {
+            stack.Push(2 * node.link + 1);
+            n = 2 * node.link;
+            continue;
         }
+        items.push_back({node.box, node.Id()});
+        if (stack.IsEmpty()) {
+            return;
+        }
+        n = stack.Pop();
     }
-    m_builtCost = InnerCost();
+}
+
+void DynamicTree::Balance(std::uint32_t leaf) {
+    std::vector<Item> items;
+    Collect(leaf, items);
+    double height = 0;
+    for (std::uint32_t n = leaf; n != 0;) {
+        const std::uint32_t parent = At(n).parent;
+        Collect(n ^ 1, items);
+        n = parent;
+        if (++height <= kUnbalanced + 1.5 * std::log2(static_cast<double>(items.size()))) {
+            continue;
+        }
+        Stack stack;
+        for (std::uint32_t pair = At(n).link;;) {
+            for (const Node& node : m_pairs[pair].nodes) {
+                if (!node.IsLeaf()) {
+                    stack.Push(node.link);
+                }
+            }
+            FreePair(pair);
+            if (stack.IsEmpty()) {
+                break;
+            }
+            pair = stack.Pop();
+        }
+        BuildBelow(n, items, kMaxCostSplits);
+        return;
+    }
 }
 
 double DynamicTree::InnerCost() const {
@@ -352,7 +407,7 @@ void DynamicTree::Clear() noexcept {
     std::vector<std::uint32_t>().swap(m_leafOf);
     m_count = m_changes = 0;
     m_freePair = kNone;
-    m_tooDeep = m_ordered = false;
+    m_ordered = false;
 }
 
 }  // namespace solid

@@ -97,9 +97,9 @@ class DynamicTree {
     /// than it was built that it should be built anew; it is right in any case.
     template <class BoxOf>
     bool Refit(BoxOf&& boxOf);
-    /// True when single changes have been so many, or have made it so deep, that it should be built
-    /// anew; it is right in any case.
-    bool WantsBuild() const { return m_tooDeep || m_changes > 2 * m_count + 64; }
+    /// True when single changes have been so many that it should be built anew; it is right in any
+    /// case.
+    bool WantsBuild() const { return m_changes > 2 * m_count + 64; }
     /// Gives the memory back.
     void Clear() noexcept;
 
@@ -133,7 +133,19 @@ class DynamicTree {
     void FreePair(std::uint32_t pair) noexcept;
     /// Puts `node` at place n and tells its children, or its item, where it now is.
     void Place(std::uint32_t n, const Node& node) noexcept;
-    std::uint32_t FindSibling(std::uint32_t id, const FloatBox& box) noexcept;
+    struct Position {
+        std::uint32_t node;
+        unsigned depth;
+    };
+    /// Where to insert; makes the boxes above larger by `box`.
+    Position FindSibling(std::uint32_t id, const FloatBox& box) noexcept;
+    /// Gives the node `top` the items, which must not be none.
+    void BuildBelow(std::uint32_t top, std::vector<Item>& items, unsigned depthOfTop) noexcept;
+    void Collect(std::uint32_t top, std::vector<Item>& items) const;
+    /// Builds anew the smallest part around a leaf that is much higher than it need be. (I.
+    /// Galperin, R. Rivest, "Scapegoat Trees", 1993: the time for it is logarithmic for each
+    /// insertion.)
+    void Balance(std::uint32_t leaf);
     double InnerCost() const;
 
     std::vector<Pair> m_pairs;
@@ -142,7 +154,6 @@ class DynamicTree {
     std::size_t m_changes = 0;
     std::uint32_t m_freePair = kNone;  ///< linked through the first node's parent
     bool m_ordered = false;            ///< no free pairs, and children behind their parents
-    bool m_tooDeep = false;
     double m_builtCost = 0;
 };
 
