@@ -69,9 +69,10 @@ std::string CLabels::MakeUnique(const std::string& label) {
         return label;
     const auto known = m_firstCandidate.find(label);
     std::uint64_t n = known == m_firstCandidate.end() ? 1 : known->second;
-    std::string candidate = label + "_" + std::to_string(n);
+    const std::string stem = label + '_';
+    std::string candidate = stem + std::to_string(n);
     while (Contains(candidate))
-        candidate = label + "_" + std::to_string(++n);
+        candidate = stem + std::to_string(++n);
     if (known != m_firstCandidate.end())
         known->second = n;
     else if (n > 1)
