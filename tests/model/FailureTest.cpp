@@ -1,10 +1,9 @@
-#include <cstdlib>
 #include <functional>
 #include <new>
+#include <sstream>
 
 #include "AllocationProbe.h"
 #include "Fakes.h"
-#include "kestrane.h"
 #include "model/PolygonGroup.h"
 #include "model/Polyline.h"
 #include "model/Tetrahedron.h"
@@ -31,37 +30,31 @@ class Failure : public DisplayedScene {
     }
 
     std::string Describe() {
-        std::string text = "ids " + std::to_string(g_nextGroupId) + " " +
-                           std::to_string(g_nextObjectId) + " labels " +
-                           std::to_string(g_labels.Size()) + " materials " +
-                           std::to_string(display.materials.size()) + " drawables " +
-                           std::to_string(display.drawables) + " animated " +
-                           std::to_string(g_animatedGroups.size() + g_animatedObjects.size());
+        std::ostringstream text;
+        text << "ids " << g_nextGroupId << ' ' << g_nextObjectId << " labels " << g_labels.Size()
+             << " materials " << display.materials.size() << " drawables " << display.drawables
+             << " animated " << g_animatedGroups.size() << ' ' << g_animatedObjects.size();
         for (const auto& [id, group] : g_groups) {
-            text += "\ngroup " + std::to_string(id) + " " + group->Label() + "=" +
-                    std::to_string(group->Label().empty() ? -1 : IdOf(group->Label())) + " " +
-                    std::to_string(group->OwnPrimitiveCount()) + " " +
-                    std::to_string(group->SubtreePrimitiveCount()) + " class " +
-                    std::to_string(group->ResponseClass()) + " children " +
-                    std::to_string(group->Children().size()) + " objects " +
-                    std::to_string(group->Objects().size()) + Surfaces(*group) +
-                    Track(group->Motion(), group->IsAnimated());
+            text << "\ngroup " << id << ' ' << group->Label() << '=' << IdOf(group->Label()) << ' '
+                 << group->OwnPrimitiveCount() << ' ' << group->SubtreePrimitiveCount() << " class "
+                 << group->ResponseClass() << " children " << group->Children().size()
+                 << " objects " << group->Objects().size();
+            DescribeOwner(*group, text);
         }
         for (const auto& [id, object] : g_objects) {
-            text += "\nobject " + std::to_string(id) + " " + object->Label() + "=" +
-                    std::to_string(object->Label().empty() ? -1 : IdOf(object->Label())) + " in " +
-                    std::to_string(object->Group()->Id()) + " owned " +
-                    std::to_string(object->Group()->Objects().count(id)) + Surfaces(*object) +
-                    Track(object->Motion(), object->IsAnimated());
+            text << "\nobject " << id << ' ' << object->Label() << '=' << IdOf(object->Label())
+                 << " in " << object->Group()->Id() << " owned "
+                 << object->Group()->Objects().count(id);
+            DescribeOwner(*object, text);
             const auto member = collision.members.find(id);
             if (member != collision.members.end())
-                text += " class " + std::to_string(member->second.responseClass);
+                text << " class " << member->second.responseClass;
             for (const bool visible : display.views.at(id))
-                text += visible ? " +" : " -";
+                text << (visible ? " +" : " -");
         }
         for (const auto& [id, row] : panel.rows)
-            text += "\nrow " + std::to_string(id) + " " + row;
-        return text;
+            text << "\nrow " << id << ' ' << row;
+        return text.str();
     }
 
     void Sweep(const char* name, const std::function<void()>& operation) {
@@ -95,15 +88,13 @@ class Failure : public DisplayedScene {
 
   private:
     template <class Owner>
-    static std::string Surfaces(const Owner& owner) {
-        std::string text = " active " + std::to_string(owner.ActiveSurface());
+    static void DescribeOwner(const Owner& owner, std::ostream& text) {
+        text << " active " << owner.ActiveSurface();
         for (int i = 0; i < kSurfaceCount; ++i)
-            text += " " + std::to_string(owner.Surface(i).PaletteIndex());
-        return text;
-    }
-    static std::string Track(const CMotion* motion, bool animated) {
-        return (animated ? " animated " : " still ") +
-               (motion ? std::to_string(motion->Keys().size()) : std::string("none"));
+            text << ' ' << owner.Surface(i).PaletteIndex();
+        text << (owner.IsAnimated() ? " animated" : " still");
+        if (owner.Motion())
+            text << " keys " << owner.Motion()->Keys().size();
     }
 };
 
