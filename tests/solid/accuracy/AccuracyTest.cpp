@@ -69,9 +69,9 @@ TEST_P(RandomPairs, AnswersAreThoseOfTheOracle) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, RandomPairs, testing::ValuesIn(KindPairs()),
-                         [](const testing::TestParamInfo<std::tuple<int, int>>& info) {
-                             return std::string(Name(static_cast<Kind>(std::get<0>(info.param)))) +
-                                    Name(static_cast<Kind>(std::get<1>(info.param)));
+                         [](const testing::TestParamInfo<std::tuple<int, int>>& kinds) {
+                             return std::string(Name(static_cast<Kind>(std::get<0>(kinds.param)))) +
+                                    Name(static_cast<Kind>(std::get<1>(kinds.param)));
                          });
 
 }  // namespace

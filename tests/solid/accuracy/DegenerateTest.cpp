@@ -24,14 +24,16 @@ bool IsFinite(const Point& p) {
 
 /// Finite, and no answer against another.
 void ExpectSound(const Spec& a, const Spec& b) {
-    const Answers answers = Ask(a, b);
+    const EngineObject objectA(a);
+    const EngineObject objectB(b);
+    const Answers answers = Ask(objectA, objectB);
     const std::string text = Describe(a) + Describe(b);
     EXPECT_TRUE(std::isfinite(answers.distance) && answers.distance >= 0) << text;
     EXPECT_TRUE(IsFinite(answers.point1) && IsFinite(answers.point2)) << text;
     EXPECT_TRUE(IsFinite(answers.depth1) && IsFinite(answers.depth2)) << text;
     EXPECT_EQ(answers.contact, answers.hasDepth) << text;
     EXPECT_EQ(answers.contact, answers.distance == 0) << text;
-    EXPECT_EQ(Ask(b, a), Swapped(answers)) << text;
+    EXPECT_EQ(Ask(objectB, objectA), Swapped(answers)) << text;
 }
 
 /// Shapes without volume, area or length, and such as have them only just.

@@ -91,7 +91,7 @@ TEST(Symptoms, BoxesThatShareAFaceAnEdgeOrACornerTouch) {
 /// Touching spheres along the edges of right-angled boxes with whole diagonals.
 TEST(Symptoms, SpheresThatJustTouchInSpaceAreInContact) {
     const float places[][4] = {
-        {2, 3, 6, 7}, {1, 4, 8, 9}, {4, 4, 7, 9}, {2, 6, 9, 11}, {3, 4, 0, 5}};
+        {2, 3, 6, 7}, {1, 4, 8, 9}, {4, 4, 7, 9}, {2, 6, 9, 11}, {0, 3, 4, 5}};
     for (const auto& p : places) {
         for (const float radius : {0.5F, 1.0F, 2.5F}) {
             const Spec a = Sphere(radius);
@@ -160,8 +160,8 @@ TEST(Symptoms, SmallPartsNearLargeOnesAreMeasuredExactly) {
         Check(pair, Ask(pair.a, pair.b), {true, i % 4 == 0}, tally);
     }
     EXPECT_FALSE(tally.HasFaults()) << tally.Text();
-    EXPECT_GT(tally.touching, 1800);
-    EXPECT_LT(tally.touching, 4200);
+    EXPECT_GT(tally.touching, tally.pairs / 4);
+    EXPECT_LT(tally.touching, tally.pairs * 7 / 10);
 }
 
 // ---- Cylinders and cones: the answer depends on which end is up ---------------------------------
@@ -238,10 +238,14 @@ TEST(Symptoms, TheDirectionOfADepthIsTheSameAtEveryCall) {
         for (const Spec& b : Solids()) {
             for (const float height : {0.0F, 0.5F, 1.0F, 2.0F}) {
                 const Spec placed = At(b, 0, height, 0);
-                const Answers first = Ask(a, placed);
-                ASSERT_TRUE(first.contact) << Describe(a) << Describe(placed);
-                EXPECT_EQ(Ask(a, placed), first);
-                EXPECT_EQ(Ask(placed, a), Swapped(first)) << Describe(a) << Describe(placed);
+                const EngineObject object1(a);
+                const EngineObject object2(placed);
+                const Answers first = Ask(object1, object2);
+                const std::string text = Describe(a) + Describe(placed);
+                ASSERT_TRUE(first.contact) << text;
+                EXPECT_EQ(Ask(object1, object2), first) << text;
+                EXPECT_EQ(Ask(object2, object1), Swapped(first)) << text;
+                EXPECT_EQ(Ask(a, placed), first) << text;
                 ExpectOracleAgrees(a, placed);
             }
         }
