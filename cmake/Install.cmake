@@ -38,3 +38,20 @@ file(RELATIVE_PATH kestrane_pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
 string(REGEX REPLACE "/$" "" kestrane_pc_to_prefix "${kestrane_pc_to_prefix}")
 configure_file(${PROJECT_SOURCE_DIR}/cmake/kestrane.pc.in ${PROJECT_BINARY_DIR}/kestrane.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kestrane.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(TARGETS kestrane_program RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/docs/man/kestrane.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${PROJECT_SOURCE_DIR}/src/scenefiles/kestrane.dtd
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/kestrane)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+              ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/docs/conventions.md
+        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(
+    DIRECTORY ${PROJECT_SOURCE_DIR}/examples/
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
+    FILES_MATCHING
+    PATTERN "*.xml"
+    PATTERN "*.dtd"
+    PATTERN "*.c"
+    PATTERN "*.cpp"
+    PATTERN "*.py")

@@ -35,6 +35,13 @@ inline std::size_t BytesInUse() {
 #endif
 }
 
+/// Hands what is free back to the system, so that the resident pages tell what is in use.
+inline void GiveBackPages() {
+#if defined(__GLIBC__) && !defined(KESTRANE_SANITIZED_HEAP)
+    malloc_trim(0);
+#endif
+}
+
 /// Resident pages of the process in bytes; 0 where that cannot be told.
 inline std::size_t BytesResident() {
     std::size_t total = 0;

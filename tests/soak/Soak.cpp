@@ -23,9 +23,9 @@ const char* OrNull(const std::string& label) {
 }  // namespace
 
 const std::vector<Soak::Choice> Soak::kChoices = {
-    {60, "CreateGroup", &Soak::CreateGroup},
-    {20, "DestroyGroup", &Soak::DestroyGroup},
-    {3, "EmptyGroup", &Soak::EmptyGroup},
+    {70, "CreateGroup", &Soak::CreateGroup},
+    {8, "DestroyGroup", &Soak::DestroyGroup},
+    {1, "EmptyGroup", &Soak::EmptyGroup},
     {30, "MoveGroup", &Soak::MoveGroup},
     {15, "CloneGroup", &Soak::CloneGroup},
     {6, "CloneGroupRecursive", &Soak::CloneGroupRecursive},
@@ -97,15 +97,18 @@ void Soak::Step() {
 
 void Soak::CreateGroup() {
     const std::string label = SomeLabel();
-    const int parent = SomeGroup();
+    int parent = SomeGroup();
     const bool capable = m_random.Chance(60);
     int depth = 0;
     for (int id = parent; m_reference.Groups().count(id) && id > 0; ++depth) {
         id = m_reference.Groups().at(id).parent;
     }
-    if (m_reference.Groups().size() >= kMostGroups || depth >= kDeepest) {
+    if (m_reference.Groups().size() >= kMostGroups) {
         DestroyGroup();
         return;
+    }
+    if (depth >= kDeepest) {
+        parent = 0;
     }
     int id = -5;
     int expectedId = -5;

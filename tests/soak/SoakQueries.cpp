@@ -17,8 +17,10 @@ constexpr std::size_t kMostPairs = 64;
 }  // namespace
 
 std::vector<KstCollisionResult> Soak::Results(int count) {
-    std::vector<KstCollisionResult> results(static_cast<std::size_t>(count));
+    // Room for one at least, as a null pointer is refused.
+    std::vector<KstCollisionResult> results(static_cast<std::size_t>(count) + 1);
     Expect(KST_OK, KST_GetResults(results.data()), "results");
+    results.pop_back();
     return results;
 }
 
