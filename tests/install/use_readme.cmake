@@ -1,0 +1,22 @@
+include(${CMAKE_CURRENT_LIST_DIR}/run.cmake)
+
+# The example of the README as it stands there, compiled, and what it prints.
+file(READ ${README} readme)
+string(REGEX MATCH "```c\n(.*)\n```\n\nIt prints\n\n```text\n([^`]*)```" found "${readme}")
+if(NOT found)
+    message(FATAL_ERROR "The README has lost its example")
+endif()
+set(promised "${CMAKE_MATCH_2}")
+file(MAKE_DIRECTORY ${WORK})
+file(WRITE ${WORK}/readme.c "${CMAKE_MATCH_1}\n")
+
+find_program(PKG_CONFIG pkg-config REQUIRED)
+set(ENV{PKG_CONFIG_PATH} ${PREFIX}/${LIBDIR}/pkgconfig)
+run(${PKG_CONFIG} --cflags --libs kestrane)
+separate_arguments(flags UNIX_COMMAND "${output}")
+set(ENV{LD_LIBRARY_PATH} ${PREFIX}/${LIBDIR})
+run(${CC} -std=c99 -pedantic -Wall -Wextra -Werror ${WORK}/readme.c -o ${WORK}/readme ${flags})
+run(${WORK}/readme)
+if(NOT output STREQUAL promised)
+    message(FATAL_ERROR "The README promises\n${promised}but the example prints\n${output}")
+endif()
