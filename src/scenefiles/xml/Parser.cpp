@@ -70,6 +70,15 @@ Parser::Parser(const std::string& path, XmlDocType& docType, XmlProcessingInstru
       m_declaration(declaration),
       m_parser(nullptr, &xmlFreeParserCtxt) {}
 
+Parser::~Parser() {
+    if (m_parser) {
+        // In this order: what the validator knows of open elements points into the DTD.
+        m_validator.reset();
+        xmlFreeDoc(m_parser->myDoc);
+        m_parser->myDoc = nullptr;
+    }
+}
+
 int Parser::Run() {
     static std::once_flag initialised;
     std::call_once(initialised, xmlInitParser);
@@ -91,23 +100,37 @@ int Parser::Run() {
 
 int Parser::Parse() {
     const ThreadErrors errors(&OnThreadError, this);
-    const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> dtd(
-        xmlCtxtReadIO(m_parser.get(), &OnRead, nullptr, this, m_path.c_str(), nullptr,
-                      XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR | XML_PARSE_DTDVALID | XML_PARSE_NONET),
-        &xmlFreeDoc);
+    xmlParserCtxt& parser = *m_parser;
+    xmlCtxtUseOptions(&parser,
+                      XML_PARSE_DTDLOAD | XML_PARSE_DTDATTR | XML_PARSE_DTDVALID | XML_PARSE_NONET);
+    xmlParserInputBuffer* const buffer =
+        xmlParserInputBufferCreateIO(&OnRead, nullptr, this, XML_CHAR_ENCODING_NONE);
+    inputPush(&parser, NewInput(buffer));
+    xmlParseDocument(&parser);
+    if (parser.input != nullptr && parser.input->cur < parser.input->end) {
+        // libxml2 takes it for the end of the file.
+        Refuse("A NUL stands behind the root element.");
+    }
     RefuseIf(m_validator->Finish());
-    m_validator.reset();
-    if (!m_refused && (!dtd || !m_root)) {
+    if (parser.wellFormed == 0 || !m_root) {
         Refuse("The document is not well-formed.");
     }
-    if (m_refused) {
-        m_root.reset();
-        if (m_outOfMemory) {
-            throw std::bad_alloc();
-        }
-        return 2;
+    if (m_outOfMemory) {
+        throw std::bad_alloc();
     }
-    return 0;
+    return m_refused ? 2 : 0;
+}
+
+/// Owns the buffer from the call on.
+xmlParserInput* Parser::NewInput(xmlParserInputBuffer* buffer) {
+    xmlParserInput* const input =
+        buffer != nullptr ? xmlNewIOInputStream(m_parser.get(), buffer, XML_CHAR_ENCODING_NONE)
+                          : nullptr;
+    if (input == nullptr) {
+        xmlFreeParserInputBuffer(buffer);
+        throw std::bad_alloc();
+    }
+    return input;
 }
 
 void Parser::InstallHandlers() {
@@ -118,6 +141,7 @@ void Parser::InstallHandlers() {
     handlers.externalSubset = &OnExternalSubset;
     handlers.resolveEntity = &OnResolveEntity;
     handlers.getEntity = &OnGetEntity;
+    handlers.getParameterEntity = &OnGetParameterEntity;
     handlers.entityDecl = &OnEntityDeclaration;
     handlers.unparsedEntityDecl = &OnUnparsedEntity;
     handlers.elementDecl = &OnElementDeclaration;
@@ -232,7 +256,10 @@ void Parser::OnThreadError(void* parser, xmlErrorPtr error) {
 void Parser::OnStartDocument(void* context) {
     xmlSAX2StartDocument(context);
     Guarded(context, [](Parser& self) {
-        const xmlParserCtxt& parser = *self.m_parser;
+        xmlParserCtxt& parser = *self.m_parser;
+        // For attribute values alone: a tree of libxml2's would hold their entities as nodes. Those
+        // in content do not get past OnGetEntity.
+        parser.replaceEntities = 1;
         if (parser.version != nullptr) {
             self.m_declaration.SetAttribute("version", Text(parser.version));
         }
@@ -291,21 +318,29 @@ xmlParserInput* Parser::OpenDtd() {
                                 : "The file is too long."));
         return nullptr;
     }
-    xmlParserInputBuffer* const buffer =
-        xmlParserInputBufferCreateMem(text.data(), static_cast<int>(size), XML_CHAR_ENCODING_NONE);
-    xmlParserInput* const input =
-        buffer != nullptr ? xmlNewIOInputStream(m_parser.get(), buffer, XML_CHAR_ENCODING_NONE)
-                          : nullptr;
-    if (input == nullptr) {
-        xmlFreeParserInputBuffer(buffer);
-        throw std::bad_alloc();
-    }
+    xmlParserInput* const input = NewInput(
+        xmlParserInputBufferCreateMem(text.data(), static_cast<int>(size), XML_CHAR_ENCODING_NONE));
     m_readingDtd = true;
     return input;
 }
 
 std::string Parser::GetDtdName() const {
     return m_docType.GetAttribute("SYSTEM")->value;
+}
+
+/// libxml2 goes on expanding after a failure, for as long as it finds entities.
+bool Parser::MayExpand(void* context) {
+    const Parser& self = *static_cast<Parser*>(static_cast<xmlParserCtxt*>(context)->_private);
+    return !self.m_refused;
+}
+
+xmlEntityPtr Parser::OnGetParameterEntity(void* context, const xmlChar* name) {
+    Guarded(context, [](Parser& self) {
+        if (++self.m_parameterReferences > Limits::kParameterReferences) {
+            self.Refuse("The DTD refers to too many entities.");
+        }
+    });
+    return MayExpand(context) ? xmlSAX2GetParameterEntity(context, name) : nullptr;
 }
 
 xmlEntityPtr Parser::OnGetEntity(void* context, const xmlChar* name) {
@@ -315,9 +350,8 @@ xmlEntityPtr Parser::OnGetEntity(void* context, const xmlChar* name) {
             self.Refuse("Entity '" + std::string(Text(name)) +
                         "' stands in content; only attribute values may refer to entities.");
         });
-        return nullptr;
     }
-    return xmlSAX2GetEntity(context, name);
+    return MayExpand(context) ? xmlSAX2GetEntity(context, name) : nullptr;
 }
 
 void Parser::OnEntityDeclaration(void* context, const xmlChar* name, int type,

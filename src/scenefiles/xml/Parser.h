@@ -25,9 +25,13 @@ namespace xml {
 class Parser {
   public:
     Parser(const std::string& path, XmlDocType& docType, XmlProcessingInstruction& declaration);
+    ~Parser();
+    Parser(const Parser&) = delete;
+    Parser& operator=(const Parser&) = delete;
 
     /// As XmlDocument::Load.
     int Run();
+    /// After a result of 0.
     std::unique_ptr<XmlElement> TakeRoot() { return std::move(m_root); }
     /// The whole text, with path and line.
     const std::string& GetError() const { return m_error; }
@@ -43,6 +47,8 @@ class Parser {
                                  const xmlChar* systemId);
     static xmlParserInputPtr OnResolveEntity(void* context, const xmlChar* publicId,
                                              const xmlChar* systemId);
+    static bool MayExpand(void* context);
+    static xmlEntityPtr OnGetParameterEntity(void* context, const xmlChar* name);
     static xmlEntityPtr OnGetEntity(void* context, const xmlChar* name);
     static void OnEntityDeclaration(void* context, const xmlChar* name, int type,
                                     const xmlChar* publicId, const xmlChar* systemId,
@@ -69,6 +75,7 @@ class Parser {
     void InstallHandlers();
     int Parse();
     std::string CheckLimits() const;
+    xmlParserInput* NewInput(xmlParserInputBuffer* buffer);
     xmlParserInput* OpenDtd();
     std::string GetDtdName() const;
     void CollectAttributes(const xmlChar** namespaces, int namespaceCount,
@@ -96,6 +103,7 @@ class Parser {
     // There is something to validate against.
     bool m_validating = false;
     std::map<std::string, int> m_declaredAttributes;
+    int m_parameterReferences = 0;
 
     std::unique_ptr<XmlElement> m_root;
     std::vector<XmlElement*> m_open;

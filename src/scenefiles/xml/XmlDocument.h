@@ -26,6 +26,8 @@ class XmlDocument {
         /// Each of the DTD file and the declarations inside the document, in bytes.
         static constexpr int kDtdBytes = 64 * 1024;
         static constexpr int kAttributesDeclaredForElement = 64;
+        /// References to parameter entities, in both parts of the DTD together.
+        static constexpr int kParameterReferences = 2000;
         /// Names in one content model.
         static constexpr int kContentNames = 256;
         /// Memory for each byte of the file, where entities and defaults make much of little; a
