@@ -73,6 +73,9 @@ class PairCheck {
     }
 
   private:
+    void Report(Fault fault, double error, double allowed, const char* text) {
+        Report(fault, error <= allowed && allowed == 0 ? 0 : error / allowed, text);
+    }
     /// `error` as a part of what is allowed.
     void Report(Fault fault, double error, const char* text) {
         const auto i = static_cast<std::size_t>(fault);
@@ -120,19 +123,19 @@ class PairCheck {
         const double allowed = bar::kDistance * m_truth.upper + bar::kDistanceOfSize * m_size;
         const double error = std::max(m_truth.lower - got, got - m_truth.upper);
         if (!m_answers.contact || m_truth.upper > bar::kTouching * m_size) {
-            Report(Fault::kDistance, error / allowed, "wrong distance");
+            Report(Fault::kDistance, error, allowed, "wrong distance");
         }
         const Vec3 p1 = Widened(m_answers.point1);
         const Vec3 p2 = Widened(m_answers.point2);
         const double off = std::max(DistanceOfPoint(p1, m_a), DistanceOfPoint(p2, m_b));
-        Report(Fault::kPoints, off / (bar::kPoint * m_size + m_writing),
+        Report(Fault::kPoints, off, bar::kPoint * m_size + m_writing,
                "a closest point is off its shape");
         if (m_answers.contact) {
             Report(Fault::kPoints, m_answers.point1 == m_answers.point2 ? 0 : 2,
                    "two points instead of a common one");
         } else {
-            Report(Fault::kPoints,
-                   std::fabs(Length(p1 - p2) - got) / (bar::kDistance * got + m_writing),
+            Report(Fault::kPoints, std::fabs(Length(p1 - p2) - got),
+                   bar::kDistance * got + m_writing,
                    "closest points are not as far apart as the distance says");
         }
     }
@@ -160,7 +163,8 @@ class PairCheck {
                 if (Length(p.centre - q.centre) > p.Radius() + q.Radius()) {
                     continue;
                 }
-                if (m_a.size() * m_b.size() > 1 && DistanceOf(p, q).lower > 0) {
+                if (m_a.size() * m_b.size() > 1 &&
+                    DistanceOf(p, q).lower > bar::kTouching * m_size) {
                     continue;
                 }
                 const Depth depth = DepthOf(p, q);
@@ -169,13 +173,11 @@ class PairCheck {
             }
         }
         const double allowed = (round ? bar::kDepthRound : bar::kDepth) * deepest + floor;
-        Report(Fault::kDepth, (got - deepest) / allowed, "too deep");
-        Report(Fault::kDepth, (deepest - got) / allowed, "not deep enough");
-        Report(Fault::kParting, remaining / floor, "moving by the depth leaves an overlap");
-        Report(Fault::kEnds,
-               std::max(DistanceOfPoint(end1, m_a), DistanceOfPoint(end2, m_b)) /
-                   (bar::kEnds * m_size + m_writing),
-               "an end of the depth is off its shape");
+        Report(Fault::kDepth, got - deepest, allowed, "too deep");
+        Report(Fault::kDepth, deepest - got, allowed, "not deep enough");
+        Report(Fault::kParting, remaining, floor, "moving by the depth leaves an overlap");
+        Report(Fault::kEnds, std::max(DistanceOfPoint(end1, m_a), DistanceOfPoint(end2, m_b)),
+               bar::kEnds * m_size + m_writing, "an end of the depth is off its shape");
     }
     /// Overlap after the first has moved.
     static double Remaining(const Convex& p, const Convex& q, const Depth& depth,

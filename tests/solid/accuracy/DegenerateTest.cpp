@@ -93,15 +93,19 @@ TEST(Degenerate, FlatThinAndPointLikeShapesAnswerAsTheOracleDoes) {
 }
 
 /// In these places features coincide exactly, and nothing is in general position.
-TEST(Degenerate, CoincidingFeaturesGiveSoundAnswers) {
+TEST(Degenerate, CoincidingFeaturesAnswerAsTheOracleDoes) {
+    Tally tally;
     for (const Spec& a : Degenerate()) {
         for (const Spec& b : Degenerate()) {
             for (const Point& p : {Point{0, 0, 0}, Point{1, 0, 0}, Point{0, -0.5F, 0},
                                    Point{0.5F, 1, -1}, Point{0, 0, 2}}) {
-                ExpectSound(a, At(b, p[0], p[1], p[2]));
+                const Spec placed = At(b, p[0], p[1], p[2]);
+                ExpectSound(a, placed);
+                Check({a, placed}, Ask(a, placed), {true, p[1] != 0}, tally);
             }
         }
     }
+    EXPECT_FALSE(tally.HasFaults()) << tally.Text();
 }
 
 /// A part of a millimetre in a hall whose origin is a kilometre away: places are exact in floats

@@ -246,6 +246,19 @@ Depth DepthOf(const Convex& a, const Convex& b) {
             }
         }
     }
+    if (std::isinf(search.Best().value)) {
+        // The difference is a point or a line: flat across any direction at right angles to it.
+        Vec3 line;
+        for (const Features* features : {&f, &g}) {
+            for (const Vec3& edge : features->edges) {
+                line = LengthSquared(edge) > LengthSquared(line) ? edge : line;
+            }
+        }
+        const Vec3 x = Cross(line, Vec3{1, 0, 0});
+        const Vec3 y = Cross(line, Vec3{0, 1, 0});
+        const Vec3 across = LengthSquared(x) > LengthSquared(y) ? x : y;
+        lookBothWays(LengthSquared(across) > 0 ? across : Vec3{1, 0, 0});
+    }
     return search.Best();
 }
 

@@ -90,7 +90,9 @@ Answers Ask(const EngineObject& a, const EngineObject& b) {
 }
 
 Answers Ask(const Spec& a, const Spec& b) {
-    return Ask(EngineObject(a), EngineObject(b));
+    const EngineObject first(a);
+    const EngineObject second(b);
+    return Ask(first, second);
 }
 
 Answers Swapped(const Answers& answers) {

@@ -163,6 +163,16 @@ TEST(Oracle, DepthOfASphereInABoxIsToTheNearestSide) {
     EXPECT_NEAR(DepthOf(box, One(WithMargin(At(Box(1, 1, 1), 2, 0, 0), 0.5F))).value, 1, 1e-9);
 }
 
+TEST(Oracle, FlatDifferencesHaveNoDepth) {
+    const Convex line = One(Segment({-1, 0, 0}, {1, 0, 0}));
+    EXPECT_EQ(DepthOf(line, One(Segment({0, 0, 0}, {3, 0, 0}))).value, 0);
+    EXPECT_EQ(DepthOf(line, One(Segment({0, -1, 0}, {0, 1, 0}))).value, 0);
+    EXPECT_EQ(DepthOf(line, One(Polytope({{0.5F, 0, 0}}))).value, 0);
+    EXPECT_EQ(DepthOf(One(Polytope({{1, 1, 1}})), One(Polytope({{1, 1, 1}}))).value, 0);
+    EXPECT_EQ(DepthOf(One(Box(2, 0, 2)), One(Box(1, 0, 4))).value, 0);
+    EXPECT_EQ(DepthOf(One(Box(2, 0, 2)), One(Box(1, 2, 4))).value, 1);
+}
+
 /// Every kind with every other: the two bounds meet, a point found to be inside both is so, and the
 /// exact depth of polyhedra is what the search finds.
 TEST(Oracle, BoundsMeetForAllKinds) {
