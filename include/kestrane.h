@@ -502,9 +502,11 @@ KST_API int KST_SetGroupVisibility(int id, int view, bool visible);
  * pos           Three floats: position.
  * orient        Three angles as for KST_SetGroupOrientation or, with isQuaternion, four floats x,
  *               y, z, w.
- * scale         Three floats: factors. Each may be null: as in the last key state, in the first one
- *               as the group stands now.
+ * scale         Three floats: factors.
  * isQuaternion  How to read orient.
+ *
+ * Each of the three arrays may be null: as in the last key state, in the first one as the group
+ * stands now.
  *
  * KST_ERROR_ARGUMENT for an angle out of range; KST_ERROR_UNKNOWN_GROUP; KST_ERROR_TIME_ORDER.
  */
@@ -849,7 +851,7 @@ KST_API int KST_GetID(int* id, const char* label);
  *
  * KST_ERROR_ARGUMENT if fileName is null; KST_ERROR_UNKNOWN_GROUP; KST_ERROR_FILE if a file is
  * missing, not well-formed or not valid, if files include each other in a ring, more than 64 deep,
- * or more than 10000 in all; else the code of the element that ended the reading. What was read
+ * or more than 4096 in all; else the code of the element that ended the reading. What was read
  * before a failure stays in the scene: give a load a group of its own to be able to take it back.
  */
 KST_API int KST_LoadScene(const char* fileName, int group, char** errorText);

@@ -12,7 +12,7 @@ const char* LoadingScenes::Refusal(const std::string& file) const {
         return "Includes are nested more than 64 deep: ";
     }
     if (m_fileCount >= kMostFiles) {
-        return "The scene includes more than 10000 files: ";
+        return "The scene includes more than 4096 files: ";
     }
     return nullptr;
 }

@@ -11,7 +11,7 @@ class LoadingScenes {
     static constexpr std::size_t kDeepestInclude = 64;
     /// Files opened by one load of the host. A chain of files, each of which includes the next one
     /// twice, would otherwise take for ever without ever nesting deep.
-    static constexpr int kMostFiles = 10000;
+    static constexpr int kMostFiles = 4096;
 
     /// Null if the file may be opened, else the text that says why not.
     const char* Refusal(const std::string& file) const;
