@@ -147,7 +147,7 @@ TEST(OutOfMemory, ARefusedShapeCanStillBeDeleted) {
     EXPECT_EQ(DT_GetClosestPair(body.object, probe.object, p, q), 0);
 }
 
-#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if defined(__GLIBC__) && defined(MEASURE_MEMORY)
 TEST(Memory, OfABoxInAScene) {
     constexpr std::size_t kCount = 100000;
     constexpr int kClasses = 100;

@@ -1,8 +1,8 @@
 #include "platform/solid/DynamicTree.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -22,120 +22,155 @@ constexpr unsigned kMaxDescent = 96;
 constexpr double kUnbalanced = 8;
 constexpr int kBins = 16;
 
-/// Next float downwards of a finite one.
-float StepDown(float f) {
-    std::uint32_t bits;
-    std::memcpy(&bits, &f, sizeof bits);
-    bits = f > 0 ? bits - 1 : f < 0 ? bits + 1 : 0x80000001u;
-    std::memcpy(&f, &bits, sizeof f);
-    return f;
-}
-
+/// The largest float of finite value that is not above `d`, and -kFloatMax for what is below all;
+/// without a branch, which would be foretold wrongly every other time.
 float RoundDown(double d) {
-    if (!(d > -static_cast<double>(kFloatMax))) {
-        return -kFloatMax;
-    }
-    if (d >= static_cast<double>(kFloatMax)) {
-        return kFloatMax;
-    }
-    const float f = static_cast<float>(d);
-    return static_cast<double>(f) > d ? StepDown(f) : f;
+    constexpr double kMost = static_cast<double>(kFloatMax);
+    const double inRange = d > -kMost ? std::min(d, kMost) : -kMost;  // NaN becomes -kMost
+    const float f = static_cast<float>(inRange);
+    const std::uint32_t above = static_cast<double>(f) > inRange ? 1 : 0;
+    // What lies below 0 becomes at most -0, so that the sign bit tells which way is down.
+    auto bits = std::bit_cast<std::uint32_t>(f);
+    bits += (bits >> 31) != 0 ? above : 0 - above;
+    return std::bit_cast<float>(bits);
 }
 
 float RoundUp(double d) {
     return -RoundDown(-d);
 }
 
-/// How likely a query is to meet a box: half its surface, with each edge longer by `extra`, a share
-/// of the whole scene, so that flat and point-like boxes still differ. (J. Goldsmith, J. Salmon,
-/// "Automatic Creation of Object Hierarchies for Ray Tracing", 1987.)
-double Measure(const FloatBox& b) {
-    const double x = static_cast<double>(b.upper[0]) - static_cast<double>(b.lower[0]);
-    const double y = static_cast<double>(b.upper[1]) - static_cast<double>(b.lower[1]);
-    const double z = static_cast<double>(b.upper[2]) - static_cast<double>(b.lower[2]);
-    return x + y + z;
+double Edge(const FloatBox& b, int axis) {
+    return static_cast<double>(b.upper[axis]) - static_cast<double>(b.lower[axis]);
 }
 
+/// A ten-thousandth of the longest edge: what boxes are made larger by before they are measured, so
+/// that flat ones and points still differ.
+double PadFor(const FloatBox& b) {
+    double longest = 0;
+    for (int i = 0; i < 3; ++i) {
+        longest = std::max(longest, Edge(b, i));
+    }
+    return longest * 1e-4;
+}
+
+/// How likely a query is to meet a box: half its surface. (J. Goldsmith, J. Salmon, "Automatic
+/// Creation of Object Hierarchies for Ray Tracing", 1987.)
+double Measure(const FloatBox& b, double pad) {
+    const double x = Edge(b, 0) + pad;
+    const double y = Edge(b, 1) + pad;
+    const double z = Edge(b, 2) + pad;
+    return x * y + y * z + z * x;
+}
+
+/// A quarter of the sum of two bounds: differences of such middles do not overflow.
+float Middle(const FloatBox& box, int axis) {
+    return 0.25f * box.lower[axis] + 0.25f * box.upper[axis];
+}
+
+/// Items whose middles lie in one interval.
 struct Bin {
     FloatBox box;
-    std::size_t count = 0;
+    std::uint32_t count = 0;
 
-    void Include(const FloatBox& b, std::size_t n) {
+    void Include(const FloatBox& b, std::uint32_t n) {
         box = count == 0 ? b : Union(box, b);
         count += n;
     }
+    double Cost(double pad) const { return Measure(box, pad) * count; }
 };
 
-double Middle(const FloatBox& box, int axis) {
-    return static_cast<double>(box.lower[axis]) + static_cast<double>(box.upper[axis]);
-}
-
 /// Maps middles along one axis to bins.
-class Binning {
-  public:
-    Binning() = default;
-    Binning(int axis, double lowest, double highest)
-        : m_axis(axis), m_lowest(lowest), m_scale(kBins / (highest - lowest)) {}
+struct Binning {
     int BinOf(const FloatBox& box) const {
-        return std::min(kBins - 1, static_cast<int>((Middle(box, m_axis) - m_lowest) * m_scale));
+        return std::min(count - 1, static_cast<int>((Middle(box, axis) - lowest) * scale));
     }
 
-  private:
-    int m_axis = 0;
-    double m_lowest = 0;
-    double m_scale = 0;
+    int axis;
+    int count;
+    float lowest;
+    float scale;
 };
 
 using Item = DynamicTree::Item;
 
-/// The cheapest cut of `items` between two bins along one axis. Wald's method: I. Wald, "On fast
-/// Construction of SAH-based Bounding Volume Hierarchies", 2007.
-double CheapestCut(const Item* first, const Item* last, const Binning& binning, int& cut) {
+struct Range {
+    Item* first;
+    Item* last;
+    FloatBox box;
+};
+
+/// Cuts between the two bins where the parts are cheapest. (I. Wald, "On fast Construction of
+/// SAH-based Bounding Volume Hierarchies", 2007.)
+void CutCheapest(const Range& all, const Binning& binning, double pad, Range& left, Range& right) {
     Bin bins[kBins];
-    for (const Item* i = first; i != last; ++i) {
+    for (const Item* i = all.first; i != all.last; ++i) {
         bins[binning.BinOf(i->box)].Include(i->box, 1);
     }
-    double rightCost[kBins] = {};
-    Bin right;
-    for (int i = kBins - 1; i > 0; --i) {
+    // The lowest and the highest middle are in the first and the last bin, so no part is empty.
+    Bin above[kBins];
+    above[binning.count - 1] = bins[binning.count - 1];
+    for (int i = binning.count - 1; i-- > 1;) {
+        above[i] = above[i + 1];
         if (bins[i].count > 0) {
-            right.Include(bins[i].box, bins[i].count);
+            above[i].Include(bins[i].box, bins[i].count);
         }
-        rightCost[i] = right.count > 0 ? Measure(right.box) * static_cast<double>(right.count)
-                                       : std::numeric_limits<double>::infinity();
     }
     double best = std::numeric_limits<double>::infinity();
-    Bin left;
-    for (int i = 1; i < kBins; ++i) {
-        if (bins[i - 1].count > 0) {
-            left.Include(bins[i - 1].box, bins[i - 1].count);
-        }
-        if (left.count == 0) {
+    int cut = 1;
+    Bin below;
+    for (int i = 1; i < binning.count; ++i) {
+        if (bins[i - 1].count == 0) {
             continue;
         }
-        const double cost = Measure(left.box) * static_cast<double>(left.count) + rightCost[i];
+        below.Include(bins[i - 1].box, bins[i - 1].count);
+        const double cost = below.Cost(pad) + above[i].Cost(pad);
         if (cost < best) {
             best = cost;
             cut = i;
+            left.box = below.box;
         }
     }
-    return best;
+    right.box = above[cut].box;
+    left.first = all.first;
+    right.last = all.last;
+    left.last = right.first = std::partition(
+        all.first, all.last, [&](const Item& i) { return binning.BinOf(i.box) < cut; });
 }
 
-/// Divides the items, at least two, into two parts that are not empty; returns the first of the
-/// second part.
-Item* Divide(Item* first, Item* last, unsigned depth) {
-    Item* const half = first + (last - first) / 2;
-    if (last - first == 2) {
-        return half;
+FloatBox BoxOf(const Item* first, const Item* last) {
+    FloatBox box = first->box;
+    while (++first != last) {
+        box = Union(box, first->box);
     }
-    double lowest[3], highest[3];
+    return box;
+}
+
+/// Two parts of the same number of items, in the order of the middles along `axis` when `sort`.
+void Halve(const Range& all, int axis, bool sort, Range& left, Range& right) {
+    Item* const half = all.first + (all.last - all.first) / 2;
+    if (sort) {
+        std::nth_element(all.first, half, all.last, [axis](const Item& a, const Item& b) {
+            return std::pair(Middle(a.box, axis), a.id) < std::pair(Middle(b.box, axis), b.id);
+        });
+    }
+    left = {all.first, half, BoxOf(all.first, half)};
+    right = {half, all.last, BoxOf(half, all.last)};
+}
+
+/// Divides at least two items into two parts, neither of them empty.
+void Divide(const Range& all, bool balanced, double pad, Range& left, Range& right) {
+    const std::ptrdiff_t count = all.last - all.first;
+    if (count == 2) {
+        Halve(all, 0, false, left, right);
+        return;
+    }
+    float lowest[3], highest[3];
     for (int a = 0; a < 3; ++a) {
-        lowest[a] = highest[a] = Middle(first->box, a);
+        lowest[a] = highest[a] = Middle(all.first->box, a);
     }
-    for (const Item* i = first + 1; i != last; ++i) {
+    for (const Item* i = all.first + 1; i != all.last; ++i) {
         for (int a = 0; a < 3; ++a) {
-            const double m = Middle(i->box, a);
+            const float m = Middle(i->box, a);
             lowest[a] = std::min(lowest[a], m);
             highest[a] = std::max(highest[a], m);
         }
@@ -144,19 +179,14 @@ Item* Divide(Item* first, Item* last, unsigned depth) {
     for (int a = 1; a < 3; ++a) {
         axis = highest[a] - lowest[a] > highest[axis] - lowest[axis] ? a : axis;
     }
-    if (!(highest[axis] > lowest[axis])) {
-        return half;
+    const int bins = count <= 8 ? 4 : count <= 64 ? 8 : kBins;
+    const float scale = static_cast<float>(bins) / (highest[axis] - lowest[axis]);
+    const bool distinct = scale <= kFloatMax;
+    if (balanced || !distinct) {
+        Halve(all, axis, distinct, left, right);
+    } else {
+        CutCheapest(all, {axis, bins, lowest[axis], scale}, pad, left, right);
     }
-    if (depth >= kMaxCostSplits) {
-        std::nth_element(first, half, last, [axis](const Item& a, const Item& b) {
-            return std::pair(Middle(a.box, axis), a.id) < std::pair(Middle(b.box, axis), b.id);
-        });
-        return half;
-    }
-    const Binning binning(axis, lowest[axis], highest[axis]);
-    int cut = 1;
-    CheapestCut(first, last, binning, cut);
-    return std::partition(first, last, [&](const Item& i) { return binning.BinOf(i.box) < cut; });
 }
 
 }  // namespace
@@ -216,6 +246,7 @@ void DynamicTree::Place(std::uint32_t n, const Node& node) noexcept {
 DynamicTree::Position DynamicTree::FindSibling(std::uint32_t id, const FloatBox& box) noexcept {
     // Where costs are equal, bits of the item's number decide: equal boxes then spread evenly.
     std::uint32_t ties = id * 0x9e3779b9u;
+    const double pad = PadFor(Union(At(0).box, box));
     double above = 0;  // growth of the boxes above the current node
     std::uint32_t n = 0;
     for (unsigned depth = 0;; ++depth) {
@@ -224,13 +255,13 @@ DynamicTree::Position DynamicTree::FindSibling(std::uint32_t id, const FloatBox&
         if (node.IsLeaf()) {
             return {n, depth};
         }
-        const double here = above + Measure(joined);
-        above = here - Measure(node.box);
+        const double here = above + Measure(joined, pad);
+        above = here - Measure(node.box, pad);
         double cost[2];
         for (unsigned side = 0; side < 2; ++side) {
             const Node& child = m_pairs[node.link].nodes[side];
-            cost[side] =
-                above + Measure(Union(child.box, box)) - (child.IsLeaf() ? 0 : Measure(child.box));
+            cost[side] = above + Measure(Union(child.box, box), pad) -
+                         (child.IsLeaf() ? 0 : Measure(child.box, pad));
         }
         if (here < std::min(cost[0], cost[1])) {
             return {n, depth};
@@ -316,33 +347,33 @@ void DynamicTree::Build(std::vector<Item>& items) noexcept {
 void DynamicTree::BuildBelow(std::uint32_t top, std::vector<Item>& items,
                              unsigned depthOfTop) noexcept {
     struct Task {
-        Item* first;
-        Item* last;
+        Range range;
         std::uint32_t node;
         unsigned depth;
     };
     // One waiting task for each level at most.
     std::array<Task, kMaxCostSplits + 34> tasks;
     std::size_t waiting = 0;
-    tasks[waiting++] = {items.data(), items.data() + items.size(), top, depthOfTop};
+    Item* const end = items.data() + items.size();
+    tasks[waiting++] = {{items.data(), end, BoxOf(items.data(), end)}, top, depthOfTop};
+    const double pad = PadFor(tasks[0].range.box);
     while (waiting > 0) {
         const Task task = tasks[--waiting];
         Node& node = At(task.node);
-        node.box = task.first->box;
-        if (task.last - task.first == 1) {
-            node.link = task.first->id | kLeaf;
-            m_leafOf[task.first->id] = task.node;
+        node.box = task.range.box;
+        if (task.range.last - task.range.first == 1) {
+            node.link = task.range.first->id | kLeaf;
+            m_leafOf[task.range.first->id] = task.node;
             continue;
         }
-        for (const Item* i = task.first + 1; i != task.last; ++i) {
-            node.box = Union(node.box, i->box);
-        }
-        Item* const middle = Divide(task.first, task.last, task.depth);
         const std::uint32_t pair = NewPair();
+        Task left{{}, 2 * pair, task.depth + 1};
+        Task right{{}, 2 * pair + 1, task.depth + 1};
+        Divide(task.range, task.depth >= kMaxCostSplits, pad, left.range, right.range);
         At(task.node).link = pair;
-        At(2 * pair).parent = At(2 * pair + 1).parent = task.node;
-        tasks[waiting++] = {middle, task.last, 2 * pair + 1, task.depth + 1};
-        tasks[waiting++] = {task.first, middle, 2 * pair, task.depth + 1};
+        At(left.node).parent = At(right.node).parent = task.node;
+        tasks[waiting++] = right;
+        tasks[waiting++] = left;
     }
 }
 
@@ -394,9 +425,10 @@ void DynamicTree::Balance(std::uint32_t leaf) {
 
 double DynamicTree::InnerCost() const {
     double cost = 0;
+    const double pad = m_count > 0 ? PadFor(At(0).box) : 0;
     for (const Pair& pair : m_pairs) {
         for (const Node& node : pair.nodes) {
-            cost += node.IsLeaf() ? 0 : Measure(node.box);
+            cost += node.IsLeaf() ? 0 : Measure(node.box, pad);
         }
     }
     return cost;
