@@ -118,7 +118,8 @@ PointPlace PlaceAtCone(const Core& core, const Vec3& point) {
     const double normalY = slope > 0 ? radius / slope : 0;
     const double sideDepth = -(normalRho * rho + normalY * (p.y - half));
     const Vec3 sideNormal = radial * normalRho + Vec3{0, normalY, 0};
-    if (baseDepth >= 0 && sideDepth >= 0) {
+    // The bounds of the cone as well: one without height or radius has no slope to be below.
+    if (baseDepth >= 0 && sideDepth >= 0 && rho <= radius && p.y <= half) {
         if (baseDepth <= sideDepth)
             return Inside(point, baseDepth, -frame.axis[1]);
         return Inside(point, sideDepth, frame.WorldUnit(sideNormal));
