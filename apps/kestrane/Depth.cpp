@@ -24,7 +24,7 @@ void AddDepthCommand(CLI::App& program, Action& action) {
             const std::string headline =
                 collision ? "collision, depth " + ShortText(pairs.front().value) : "free";
             if (query->options.first && collision)
-                pairs.resize(1);
+                pairs.erase(pairs.begin() + 1, pairs.end());
             query->Report("depth", headline, "depth", collision, pairs);
             return collision ? kCollision : kFree;
         };

@@ -24,7 +24,7 @@ void AddDistanceCommand(CLI::App& program, Action& action) {
             const std::string headline =
                 pairs.empty() ? "nothing to measure" : "distance " + ShortText(pairs.front().value);
             if (query->options.first && !pairs.empty())
-                pairs.resize(1);
+                pairs.erase(pairs.begin() + 1, pairs.end());
             query->Report("distance", headline, "distance", collision, pairs);
             return collision ? kCollision : kFree;
         };

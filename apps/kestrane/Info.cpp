@@ -170,8 +170,7 @@ void PrintGroup(const Row& row, const ObjectCounts& counts) {
         line += ", with all below " + Counts(counts.at(group.Id()), group.SubtreePrimitiveCount());
     Write(line + MotionText(group.Motion()) + "\n");
     for (const auto& [id, object] : group.Objects()) {
-        const std::string label =
-            object->Label().empty() ? "" : " \"" + OneLine(object->Label()) + "\"";
+        const std::string label = object->Label().empty() ? "" : " " + Quoted(object->Label());
         const std::string sizes = SizesText(Sizes(*object));
         Write(indent + "  object " + std::to_string(id) + label + ": " + TypeName(object->Type()) +
               (sizes.empty() ? "" : ", " + sizes) + MotionText(object->Motion()) + "\n");

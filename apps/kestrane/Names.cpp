@@ -9,7 +9,7 @@ namespace {
 std::string Name(const char* kind, int id, const std::string& label) {
     std::string name = std::string(kind) + " " + std::to_string(id);
     if (!label.empty())
-        name += " \"" + OneLine(label) + "\"";
+        name += " " + Quoted(label);
     return name;
 }
 

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "Failure.h"
+#include "Output.h"
 
 namespace {
 
@@ -32,9 +33,9 @@ double ParseNumber(const std::string& text, const std::string& what) {
     double value = 0;
     const auto [stop, error] = std::from_chars(begin, end, value);
     if (error == std::errc::invalid_argument || stop != end || std::isnan(value))
-        throw Failure(what + ": \"" + text + "\" is not a number");
+        throw Failure(what + ": " + Quoted(text) + " is not a number");
     if (error != std::errc() || std::abs(value) > std::numeric_limits<float>::max())
-        throw Failure(what + ": \"" + text + "\" is out of range");
+        throw Failure(what + ": " + Quoted(text) + " is out of range");
     return value;
 }
 

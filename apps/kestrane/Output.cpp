@@ -42,6 +42,13 @@ std::string OneLine(std::string_view text) {
     return line;
 }
 
+std::string Quoted(std::string_view text) {
+    std::string quoted(1, '"');
+    quoted += OneLine(text);
+    quoted += '"';
+    return quoted;
+}
+
 std::string CsvField(std::string_view text) {
     if (text.find_first_of(",\"\r\n") == std::string_view::npos)
         return std::string(text);

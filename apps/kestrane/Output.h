@@ -18,6 +18,8 @@ void FlushOutput();
 
 /// `text` on one line and safe for a terminal: control characters become spaces.
 std::string OneLine(std::string_view text);
+/// The same in double quotes.
+std::string Quoted(std::string_view text);
 
 /// One field of a line of comma-separated values.
 std::string CsvField(std::string_view text);

@@ -120,7 +120,7 @@ void Scene::SetTime(double time) {
 }
 
 int Scene::FindGroup(const std::string& name) const {
-    const std::string quoted = "\"" + OneLine(name) + "\"";
+    const std::string quoted = Quoted(name);
     const CGroup* group = nullptr;
     if (const int* id = g_labels.Find(name)) {
         const auto found = g_groups.find(*id);

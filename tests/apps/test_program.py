@@ -1,0 +1,454 @@
+"""The command line program and the example hosts, run as a user runs them. The environment says where
+they are; see CMakeLists.txt."""
+import csv
+import io
+import json
+import math
+import os
+import pty
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+
+PROGRAM = os.environ["KESTRANE_PROGRAM"]
+SOURCE = Path(os.environ["KESTRANE_SOURCE"])
+EXAMPLES = SOURCE / "examples"
+CELL = str(EXAMPLES / "robot_cell.xml")
+
+# "cart", at x = 0 at time 0 and x = 10 at time 10, carries boxes of size 1. "post" stands at x = 5,
+# "wall" at x = 8 with a subgroup; so the cart meets the post in [4, 6], the wall from 7 on.
+SMALL_SCENE = """
+<group label="cart" colCheck="true">
+  <motion><keyState time="0"><pos x="0" y="0" z="0"/></keyState>
+          <keyState time="10"><pos x="10" y="0" z="0"/></keyState></motion>
+  <box label="crate" width="1" height="1" depth="1"/>
+  <group label="lamp" colCheck="false"><sphere radius="0.1"><pos x="0" y="2" z="0"/></sphere></group>
+  <group label="7" colCheck="true"><sphere label="knob" radius="0.25"><pos x="0" y="0.5" z="0"/></sphere></group>
+</group>
+<group label="post" colCheck="true">
+  <box label="pole" width="1" height="1" depth="1"><pos x="5" y="0" z="0"/></box>
+</group>
+<group label="wall" colCheck="true">
+  <group label="bricks" colCheck="true">
+    <box label="brick, &quot;red&quot;" width="1" height="1" depth="1"><pos x="8" y="0" z="0"/></box>
+  </group>
+</group>
+<group label="shadow"><box width="9" height="9" depth="9"/></group>
+"""
+
+
+def run(*arguments, **options):
+    return subprocess.run(
+        [PROGRAM, *map(str, arguments)], capture_output=True, text=True, timeout=300, **options
+    )
+
+
+class SceneCase(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        shutil.copy(EXAMPLES / "kestrane.dtd", self.folder)
+        self.scene = self.write("small.xml", SMALL_SCENE)
+
+    def write(self, name, items, doctype='<!DOCTYPE scene SYSTEM "kestrane.dtd">'):
+        path = self.folder / name
+        path.write_text(f'<?xml version="1.0" encoding="UTF-8"?>{doctype}<scene>{items}</scene>')
+        return str(path)
+
+    def json_of(self, status, *arguments):
+        done = run(*arguments, "--json")
+        self.assertEqual((done.returncode, done.stderr), (status, ""), done)
+        return json.loads(done.stdout)
+
+    def assert_failure(self, done, *words):
+        """One line on the standard error stream that holds all words, and status 2."""
+        self.assertEqual(done.returncode, 2, done)
+        self.assertRegex(done.stderr, r"\Akestrane: [^\n]+\n\Z")
+        for word in words:
+            self.assertIn(word, done.stderr)
+
+
+class Queries(SceneCase):
+    def test_check_answers_with_status_and_labels(self):
+        done = run("check", self.scene, "cart", "post")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertTrue(done.stdout.startswith("free: "), done.stdout)
+
+        done = run("check", self.scene, "cart", "post", "--time", "5")
+        self.assertEqual((done.returncode, done.stderr), (1, ""))
+        self.assertIn('object 0 "crate" of group 1 "cart" and object 3 "pole"', done.stdout)
+        self.assertIn('object 2 "knob"', done.stdout)
+        self.assertIn("not checked: 1 object below group 1", done.stdout)
+
+    def test_first_group_comes_first_whatever_subgroup_an_object_is_in(self):
+        for groups, labels in (("cart", "post"), ("crate", "pole")), (("post", "cart"), ("pole", "crate")):
+            answer = self.json_of(1, "check", self.scene, *groups, "--time", 5)
+            self.assertIn(labels, [(p["object1"]["label"], p["object2"]["label"]) for p in answer["pairs"]])
+        answer = self.json_of(1, "check", self.scene, "wall", "cart", "--time", 8)
+        self.assertEqual({p["object1"]["label"] for p in answer["pairs"]}, {'brick, "red"'})
+        answer = self.json_of(1, "depth", self.scene, "wall", "cart", "--time", 8)
+        self.assertEqual({p["object1"]["group"]["label"] for p in answer["pairs"]}, {"bricks"})
+
+    def test_distance_is_sorted_and_its_points_lie_that_far_apart(self):
+        pairs = self.json_of(0, "distance", self.scene, "cart", "post", "--time", 2)["pairs"]
+        self.assertEqual([p["object1"]["label"] for p in pairs], ["crate", "knob"])
+        self.assertAlmostEqual(pairs[0]["distance"], 2, places=6)
+        for pair in pairs:
+            self.assertAlmostEqual(math.dist(pair["point1"], pair["point2"]), pair["distance"], places=5)
+        nearest = self.json_of(0, "distance", self.scene, "cart", "post", "--time", 2, "--first")
+        self.assertEqual(nearest["pairs"], pairs[:1])
+        self.assertEqual(self.json_of(1, "distance", self.scene, "cart", "post", "--time", 5)["collision"], True)
+
+    def test_depth_of_boxes(self):
+        self.assertEqual(self.json_of(0, "depth", self.scene, "cart", "post")["pairs"], [])
+        pairs = self.json_of(1, "depth", self.scene, "cart", "post", "--time", 4.25, "--first")["pairs"]
+        self.assertEqual(len(pairs), 1)
+        self.assertAlmostEqual(pairs[0]["depth"], 0.25, places=5)
+
+    def test_point_and_line_with_negative_coordinates(self):
+        for x, status in ("-0.25", 1), ("-.25", 1), ("-2", 0), ("-1e3", 0), ("+0.25", 1):
+            done = run("point", self.scene, "cart", x, "-.1", "-0.2")
+            self.assertEqual((done.returncode, done.stderr), (status, ""), x)
+        answer = self.json_of(1, "line", self.scene, "wall", "-1", "0", "0", "20", "0", "0")
+        self.assertEqual([o["label"] for o in answer["objects"]], ['brick, "red"'])
+        self.assertEqual((answer["from"], answer["to"]), ([-1, 0, 0], [20, 0, 0]))
+        self.assertEqual(run("line", self.scene, "wall", 8, 9, -9, 8, 9, 9).returncode, 0)
+
+    def test_groups_by_id_and_a_label_that_is_a_number(self):
+        self.assertEqual(self.json_of(1, "check", self.scene, 1, 4, "--time", 5)["group2"]["label"], "post")
+        # Group 7 is "shadow", which cannot be checked: the label counts.
+        self.assertEqual(self.json_of(1, "point", self.scene, "7", 0, 0.7, 0)["group"]["id"], 3)
+
+
+class Info(SceneCase):
+    def test_tree_with_counts_sizes_and_times(self):
+        done = run("info", self.scene)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        head, *lines = done.stdout.splitlines()
+        self.assertIn("7 groups, 6 objects (6 primitives), key states from 0 to 10", head)
+        self.assertIn('group 1 "cart": checked, 1 object (1 primitive), with all below 3 objects', lines[0])
+        self.assertIn('  object 0 "crate": box, width 1, height 1, depth 1', lines)
+        self.assertIn('    object 1: sphere, radius 0.1', lines)
+
+        answer = self.json_of(0, "info", self.scene)
+        self.assertEqual((answer["groupCount"], answer["objectCount"]), (7, 6))
+        self.assertEqual(answer["keyStateTimes"], {"first": 0, "last": 10})
+        groups = {g["label"]: g for g in answer["groups"]}
+        self.assertEqual(groups["bricks"]["parent"], groups["wall"]["id"])
+        self.assertFalse(groups["shadow"]["collisionCapable"])
+        self.assertEqual(groups["cart"]["objectsWithAllBelow"], 3)
+
+    def test_all_nine_shapes(self):
+        point = '<point x="{}" y="{}" z="{}"/>'.format
+        three = point(0, 0, 0) + point(1, 0, 0) + point(0, 1, 0)
+        scene = self.write("nine.xml", f"""<group>
+            <box width="1" height="2" depth="3"/><sphere radius="4"/><cylinder radius="5" height="6"/>
+            <cone radius="7" height="8"/><triangles><triangle>{three}</triangle><triangle>{three}</triangle></triangles>
+            <polygon>{three}</polygon><polygonGroup><polygon>{three}</polygon></polygonGroup>
+            <polyline><line>{three}</line><line>{three}</line></polyline>
+            <tetrahedron>{three}{point(0, 0, 1)}</tetrahedron></group>""")
+        objects = self.json_of(0, "info", scene)["groups"][0]["objects"]
+        self.assertEqual([(o["type"], o["sizes"]) for o in objects], [
+            ("box", {"width": 1, "height": 2, "depth": 3}), ("sphere", {"radius": 4}),
+            ("cylinder", {"radius": 5, "height": 6}), ("cone", {"radius": 7, "height": 8}),
+            ("triangles", {"triangles": 2}), ("polygon", {"vertices": 3}),
+            ("polygonGroup", {"polygons": 1, "vertices": 3}),
+            ("polyline", {"lines": 2, "vertices": 6}), ("tetrahedron", {})])
+
+    def test_tree_deeper_than_the_call_stack_would_bear(self):
+        # Each file nests as deep as a parser takes it, and includes nest too.
+        for i in range(60):
+            inner = f'<include fileName="deep{i + 1}.xml"/>' if i < 59 else '<sphere radius="1"/>'
+            self.write(f"deep{i}.xml", "<group>" * 100 + inner + "</group>" * 100)
+        answer = self.json_of(0, "info", self.folder / "deep0.xml")
+        self.assertEqual((answer["groupCount"], answer["groups"][-1]["depth"]), (6000, 5999))
+
+
+class Sweep(SceneCase):
+    def sweep(self, *arguments):
+        return self.json_of(1, "sweep", self.scene, "cart", *arguments)
+
+    def test_stretches_with_refined_ends(self):
+        answer = self.sweep("post", "--from", 0, "--to", 10, "--step", 0.3, "--refine")
+        (stretch,) = answer["stretches"]
+        self.assertTrue(4 <= stretch["begin"] <= 4.001, stretch)
+        self.assertTrue(3.999 <= stretch["freeBefore"] < 4, stretch)
+        self.assertTrue(5.999 <= stretch["end"] <= 6, stretch)
+        self.assertTrue(6 < stretch["freeAfter"] <= 6.001, stretch)
+        self.assertEqual([p["object1"]["label"] for p in stretch["firstContacts"]], ["crate"])
+        spans = {p["object1"]["label"]: (p["first"], p["last"]) for p in stretch["pairs"]}
+        self.assertEqual(spans["knob"], (4.5, 5.7))
+
+        coarse = self.sweep("post", "--from", 0, "--to", 10, "--step", 0.3)["stretches"][0]
+        self.assertEqual((coarse["freeBefore"], coarse["begin"], coarse["end"], coarse["freeAfter"]),
+                         (3.9, 4.2, 6, 6.3))
+        fine = self.sweep("post", "--from", 0, "--to", 10, "--step", 0.3, "--refine=1e-6")["stretches"][0]
+        self.assertAlmostEqual(fine["begin"], 4, delta=2e-6)
+
+    def test_contact_at_both_ends_is_open(self):
+        answer = self.sweep("wall", "--from", 8, "--to", 8.5, "--step", 0.2, "--refine")
+        (stretch,) = answer["stretches"]
+        self.assertEqual((stretch["begin"], stretch["end"]), (8, 8.5))
+        self.assertIsNone(stretch["freeBefore"])
+        self.assertIsNone(stretch["freeAfter"])
+        self.assertEqual((answer["stepCount"], answer["stepsInContact"]), (4, 4))
+
+    def test_times_come_from_the_number_of_the_step_and_end_with_to(self):
+        done = run("sweep", self.scene, "cart", "post", "--from", 0, "--to", 1, "--step", 0.1, "--csv")
+        rows = list(csv.DictReader(io.StringIO(done.stdout)))
+        self.assertEqual([r["time"] for r in rows],
+                         ["0", "0.1", "0.2", "0.3", "0.4", "0.5", "0.6", "0.7", "0.8", "0.9", "1"])
+        for end, step, count in (1, 0.3, 5), (1, 5, 2), (0, 1, 1):
+            done = run("sweep", self.scene, "cart", "post", "--from", 0, "--to", end, "--step", step, "--csv")
+            times = [r["time"] for r in csv.DictReader(io.StringIO(done.stdout))]
+            self.assertEqual((len(times), times[-1]), (count, str(end)))
+
+    def test_csv_has_refined_rows_in_order_and_quotes_labels(self):
+        done = run("sweep", self.scene, "cart", "wall", "--from", 6, "--to", 8, "--step", 0.5, "--refine", "--csv")
+        self.assertEqual(done.returncode, 1)
+        rows = list(csv.DictReader(io.StringIO(done.stdout)))
+        times = [float(r["time"]) for r in rows]
+        self.assertEqual(times, sorted(times))
+        (begin,) = [r for r in rows if r["event"] == "begin"]
+        self.assertEqual((begin["collision"], begin["label1"], begin["label2"]), ("1", "crate", 'brick, "red"'))
+        self.assertEqual([r["collision"] for r in rows[:2]], ["0", "0"])
+
+    def test_distances_follow_the_motion(self):
+        arguments = ("post", "--from", 0, "--to", 5, "--step", 1, "--distance")
+        answer = self.sweep(*arguments)
+        distances = [s["distance"] for s in answer["steps"]]
+        for got, expected in zip(distances, [4, 3, 2, 1, 0, 0], strict=True):
+            self.assertAlmostEqual(got, expected, places=5)
+        self.assertEqual(answer["nearest"]["time"], 4)
+        done = run("sweep", self.scene, "cart", *arguments, "--csv")
+        self.assertEqual([float(r["distance"]) for r in csv.DictReader(io.StringIO(done.stdout))], distances)
+        text = run("sweep", self.scene, "cart", *arguments).stdout
+        self.assertIn('1  3  object 0 "crate" of group 1 "cart" and object 3 "pole"', text)
+
+    def test_free_sweep(self):
+        done = run("sweep", self.scene, "cart", "wall", "--from", 0, "--to", 5, "--step", 1)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertIn("free at all steps", done.stdout)
+
+    def test_progress_is_for_terminals(self):
+        control, terminal = pty.openpty()
+        arguments = [PROGRAM, "sweep", self.scene, "cart", "post", "--from", "0", "--to", "10", "--step", "1e-4"]
+        with os.fdopen(control, "rb", buffering=0) as screen:
+            program = subprocess.Popen(arguments, stdout=subprocess.PIPE, stderr=terminal)
+            os.close(terminal)
+            out, _ = program.communicate(timeout=300)
+            shown = screen.read(1 << 16).decode()
+        self.assertRegex(shown, r"\d+ %, time \d")
+        self.assertEqual(program.returncode, 1)
+        self.assertNotIn("%", out.decode())
+
+
+class CommandLine(SceneCase):
+    def test_version(self):
+        done = run("--version")
+        self.assertEqual((done.returncode, done.stdout), (0, f"kestrane {os.environ['KESTRANE_VERSION']}\n"))
+
+    def test_mistakes_on_the_command_line(self):
+        check = ("check", self.scene, "cart", "post")
+        for arguments, word in (
+            ((), "subcommand"), (("fly",), "fly"), (("check",), "FILE"), (("check", self.scene, "cart"), "GROUP2"),
+            ((*check, "more"), "more"), ((*check, "--fast"), "--fast"), ((*check, "--time"), "--time"),
+            (("sweep", self.scene, "cart", "post", "--from", 0, "--to", 1), "--step"),
+            (("sweep", self.scene, "cart", "post", "--from=0", "--to=1", "--step=1", "--csv", "--json"), "--csv"),
+        ):
+            with self.subTest(arguments):
+                done = run(*arguments)
+                self.assert_failure(done, word, "--help")
+
+    def test_numbers_that_are_none(self):
+        for text in "nan", "inf", "-inf", "1,5", "0x10", "", "1e39", "abc", "1 ", "+-1", "--", "5m":
+            for arguments in (
+                ("check", self.scene, "cart", "post", "--time=" + text),
+                ("point", self.scene, "cart", "0", "0", "--", text),
+                ("sweep", self.scene, "cart", "post", "--from=0", "--to=" + text, "--step=1"),
+                ("sweep", self.scene, "cart", "post", "--from=0", "--to=1", "--step=1", "--refine=" + text),
+            ):
+                with self.subTest(arguments):
+                    self.assert_failure(run(*arguments))
+        self.assert_failure(run("check", self.scene, "cart", "post", "--time", "-1"), "--time", "below 0")
+
+    def test_sweeps_that_make_no_sense(self):
+        for start, end, step, word in (
+            (0, 1, 0, "--step"), (0, 1, -1, "--step"), (2, 1, 1, "--to"), (-1, 1, 1, "--from"),
+            (0, 1, 1e-9, "10000000"), (0, 1e30, 1, "10000000"), (1e6, 1000001, 0.01, "--step"),
+        ):
+            with self.subTest((start, end, step)):
+                self.assert_failure(run("sweep", self.scene, "cart", "post", "--from", start, "--to", end, "--step", step), word)
+
+    def test_groups_that_cannot_be_checked(self):
+        for first, second, *words in (
+            ("cart", "nobody", "nobody", "info"), ("cart", "99", "99"), ("cart", "", "no group"),
+            ("crate", "post", "crate", "object"), ("0", "post", "root group"), ("Root group", "post", "root group"),
+            ("cart", "shadow", "shadow", 'colCheck="true"'), ("cart", "cart", "share"), ("wall", "bricks", "wall", "share"),
+        ):
+            for command in ("check",), ("distance",), ("depth",), ("sweep", "--from=0", "--to=1", "--step=1", "--json"):
+                with self.subTest((command, first, second)):
+                    done = run(command[0], self.scene, first, second, *command[1:])
+                    self.assert_failure(done, *words)
+                    self.assertEqual(done.stdout, "")
+        self.assert_failure(run("point", self.scene, "shadow", 0, 0, 0), "shadow", "colCheck")
+
+    def test_group_named_as_a_command_or_an_option(self):
+        scene = self.write("names.xml", '<group label="info" colCheck="true"/><group label="--json" colCheck="true"/>')
+        self.assertEqual(run("check", scene, "--", "info", "--json").returncode, 0)
+        self.assertEqual(run("check", scene, "info", "2").returncode, 0)
+
+
+class BadInput(SceneCase):
+    def test_files_that_are_no_scenes(self):
+        text = self.folder / "scene.txt"
+        text.write_text(Path(self.scene).read_text())
+        folder = self.folder / "folder.xml"
+        folder.mkdir()
+        for path, *words in (
+            (self.folder / "gone.xml", "gone.xml", "not exist"), (text, "scene.txt", ".xml"), (folder, "folder.xml"),
+            ("", "scene file"), (self.write("open.xml", "<group>"), "open.xml", "ine"),
+            (self.write("unknown.xml", "<teapot/>"), "teapot"), (self.write("plain.xml", "", ""), "DTD"),
+            (self.write("include.xml", '<include fileName="gone.xml"/>'), "not exist"),
+            (self.write("ring.xml", '<include fileName="ring.xml"/>'), "ring.xml"),
+        ):
+            for command in ("info", path), ("check", path, "a", "b"):
+                with self.subTest(command):
+                    done = run(*command)
+                    self.assert_failure(done, *words)
+                    self.assertEqual(done.stdout, "")
+
+    def test_elements_that_the_library_refuses(self):
+        box = '<box label="a" width="1" height="1" depth="1"/>'
+        for name, items, *words in (
+            ("root", box, "<group>"), ("label", f"<group>{box}{box}</group>", "label"),
+            ("size", '<group><sphere radius="-1"/></group>', "out of range"),
+            ("angle", '<group><or x="7" y="0" z="0"/></group>', "out of range"),
+        ):
+            with self.subTest(name):
+                path = self.write(name + ".xml", items)
+                self.assert_failure(run("info", path), path, *words)
+
+    def test_upper_case_suffix_and_labels_with_control_characters(self):
+        path = self.write("LINES.XML", '<group label="a&#10;b&#9;c" colCheck="true"/>')
+        done = run("info", path)
+        self.assertEqual((done.returncode, len(done.stdout.splitlines())), (0, 2), done)
+
+
+class Output(SceneCase):
+    def test_reader_that_goes_away_is_no_error(self):
+        program = subprocess.Popen([PROGRAM, "sweep", self.scene, "cart", "post", "--from=0", "--to=10", "--step=1e-4", "--csv"],
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        program.stdout.readline()
+        program.stdout.close()
+        message = program.stderr.read()
+        program.stderr.close()
+        self.assertEqual((program.wait(timeout=300), message), (-signal.SIGPIPE, b""))
+
+    @unittest.skipUnless(os.path.exists("/dev/full"), "needs /dev/full")
+    def test_full_disk_is_an_error(self):
+        for arguments in (("info", CELL), ("--help",), ("--version",), ("check", self.scene, "cart", "post"),
+                          ("sweep", self.scene, "cart", "post", "--from=0", "--to=9", "--step=0.001", "--csv")):
+            with self.subTest(arguments), open("/dev/full", "w") as full:
+                done = subprocess.run([PROGRAM, *arguments], stdout=full, stderr=subprocess.PIPE, text=True, timeout=300)
+                self.assertEqual(done.returncode, 2)
+                self.assertRegex(done.stderr, r"\Akestrane: cannot write the output: [^\n]+\n\Z")
+
+
+class RobotCell(SceneCase):
+    def test_all_examples_load_and_use_all_shapes(self):
+        for path in sorted(EXAMPLES.glob("*.xml")):
+            done = run("info", path)
+            self.assertEqual((done.returncode, done.stderr), (0, ""), path)
+        types = {o["type"] for g in self.json_of(0, "info", CELL)["groups"] for o in g["objects"]}
+        self.assertEqual(len(types), 9, types)
+
+    def test_dtd_beside_the_examples_is_the_one_of_the_library(self):
+        self.assertEqual((EXAMPLES / "kestrane.dtd").read_bytes(), (SOURCE / "src/scenefiles/kestrane.dtd").read_bytes())
+
+    def arm_angle(self, label, time):
+        """The angle of an axis about x, from the key states of the file."""
+        arm = ElementTree.parse(EXAMPLES / "robot_arm.xml")
+        motion = arm.find(f".//group[@label='{label}']/motion")
+        keys = [(float(k.get("time")), float(k.find("or").get("x"))) for k in motion]
+        for (t0, a0), (t1, a1) in zip(keys, keys[1:]):
+            if t0 <= time <= t1:
+                turn = (a1 - a0 + math.pi) % (2 * math.pi) - math.pi
+                return a0 + turn * (time - t0) / (t1 - t0)
+        self.fail(f"no key state about {time}")
+
+    def wrist_z(self, time):
+        upper = self.arm_angle("axis_2", time)
+        return 0.12 + 0.75 * math.sin(upper) + 0.7 * math.cos(upper + self.arm_angle("axis_3", time))
+
+    def test_one_stretch_of_contact_at_the_time_that_the_geometry_gives(self):
+        sweep = ("sweep", CELL, "robot", "cell", "--from", 0, "--to", 20, "--step", 0.01, "--refine")
+        answer = self.json_of(1, *sweep)
+        (stretch,) = answer["stretches"]
+        # The door's edge runs from 0.5 m left of the arm 0.975 m to the right in 1.2 s from 7.1 s
+        # on; the forearm's side is 0.07 m left.
+        first = 7.1 + 1.2 * (0.5 - 0.07) / 0.975
+        self.assertTrue(first - 1e-5 <= stretch["begin"] <= first + 0.001, (first, stretch["begin"]))
+        self.assertEqual([(p["object1"]["label"], p["object2"]["label"]) for p in stretch["firstContacts"]],
+                         [("forearm", "door_edge")])
+        # The wrist, a sphere of 0.075 m, leaves the window, which is at z = 0.86.
+        early, late = 7.7, 8.3
+        while late - early > 1e-7:
+            middle = (early + late) / 2
+            early, late = (middle, late) if self.wrist_z(middle) > 0.86 - 0.075 else (early, middle)
+        self.assertTrue(late - 0.001 <= stretch["end"] <= late + 1e-5, (late, stretch["end"]))
+        self.assertEqual(run(*sweep).stdout, run(*sweep).stdout)
+
+    def test_held_parts_and_the_track_are_free_of_the_robot(self):
+        for group in "track", "parts":
+            self.assertEqual(self.json_of(0, "check", CELL, group, "cell")["collision"], False)
+        self.assertEqual(run("sweep", CELL, "robot", "track", "--from", 0, "--to", 20, "--step", 0.1).returncode, 0)
+
+
+class Help(unittest.TestCase):
+    def test_help_has_examples_that_run_and_the_man_page_knows_every_option(self):
+        page = re.sub(r"\\f.|\\", "", (SOURCE / "docs/man/kestrane.1").read_text())
+        commands = ["info", "check", "distance", "depth", "point", "line", "sweep"]
+        text = run("--help").stdout
+        for command in commands:
+            self.assertRegex(text, rf"(?m)^  {command} ")
+            self.assertRegex(page, rf"(?m)^\.B {command}$")
+            help_text = run(command, "--help").stdout
+            examples = re.findall(r"(?m)^  kestrane (.*)$", help_text)
+            self.assertTrue(examples, command)
+            for example in examples:
+                done = run(*example.split(), cwd=EXAMPLES)
+                self.assertIn(done.returncode, (0, 1), done)
+            for option in re.findall(r"--[a-z]+", help_text):
+                self.assertIn(option, page)
+        for option in set(re.findall(r"--[a-z]+", page)) - {"--help", "--version"}:
+            self.assertTrue(any(option in run(c, "--help").stdout for c in commands), option)
+
+
+class Hosts(unittest.TestCase):
+    @unittest.skipIf(os.environ.get("KESTRANE_SANITIZE"), "Python cannot load a library with sanitizers")
+    def test_hosts_in_three_languages_say_the_same(self):
+        environment = {**os.environ, "PYTHONDONTWRITEBYTECODE": "1"}
+        texts = [
+            subprocess.run(command, capture_output=True, text=True, check=True, env=environment, timeout=60).stdout
+            for command in (
+                [os.environ["KESTRANE_HOST_C"]],
+                [os.environ["KESTRANE_HOST_CPP"]],
+                [sys.executable, str(EXAMPLES / "first_scene.py"), os.environ["KESTRANE_LIBRARY"]],
+            )
+        ]
+        self.assertEqual(texts[0], "height 0.50: free, distance 0.350\n"
+                                   "height 0.30: free, distance 0.150\n"
+                                   "height 0.10: object 0 collides with object 1, depth 0.050\n")
+        self.assertEqual(texts[1:], texts[:1] * 2)
+
+
+if __name__ == "__main__":
+    unittest.main()
