@@ -191,7 +191,7 @@ BENCHMARK_CAPTURE(EvenAgainstOdd, SmallMoves, 0.1f)
     ->Arg(1000)
     ->Arg(10000)
     ->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(EvenAgainstOdd, ManySizes, 5.0f)
+BENCHMARK_CAPTURE(EvenAgainstOdd, LargeMoves, 5.0f)
     ->Arg(1000)
     ->Arg(10000)
     ->Unit(benchmark::kMicrosecond);
