@@ -27,6 +27,7 @@ class Failure : public DisplayedScene {
         other = NewGroup(root.get(), "other", false);
         other->SetViewVisibility(2, true);
         NewBox(other)->SetPosition(1, 2, 3);
+        NewBox(other);
     }
 
     std::string Describe() {

@@ -100,13 +100,14 @@ TEST_F(HeadlessScene, KeysTakeWhatIsNotGivenFromTheLastKeyOrTheMatrices) {
     for (std::size_t i = 0; i < 16; ++i)
         EXPECT_NEAR(group->WorldMatrix()[i], world[i], 1e-6f);
 
-    const float pos[3] = {9, 0, 0}, quat[4] = {0, 0, 0, 2};
-    group->AddKeyState(10, pos, quat, nullptr, true);
+    const float pos[3] = {9, 0, 0}, quat[4] = {0, 0, 0, 2}, scale[3] = {5, 6, 7};
+    group->AddKeyState(10, pos, quat, scale, true);
     group->AddKeyState(20, nullptr, nullptr, nullptr, false);
     const CKeyState& last = group->Motion()->Keys().back();
     EXPECT_EQ(last.pos, (MAV_vector{9, 0, 0}));
     EXPECT_EQ(last.quat, (MAV_quaternion{2, 0, 0, 0}));
-    EXPECT_EQ(last.scale, (MAV_vector{2, 3, 4}));
+    EXPECT_EQ(last.scale, (MAV_vector{5, 6, 7}));
+    EXPECT_EQ(group->Motion()->Keys().front().scale, (MAV_vector{2, 3, 4}));
     group->ApplyTime(20);
     EXPECT_EQ(group->PoseMatrix(), mav_matrixXYZSet(MAV_ID_MATRIX, {9, 0, 0}));
 }
@@ -144,7 +145,7 @@ TEST_F(HeadlessScene, TheSceneAtATimeIsTheSameAsOneOwnerAfterTheOther) {
     std::vector<CGroup*> groups{root.get()};
     std::vector<CSceneObject*> boxes;
     for (int i = 1; i < 60; ++i) {
-        CGroup* const group = NewGroup(groups[static_cast<std::size_t>(i * 7 % i)]);
+        CGroup* const group = NewGroup(groups[static_cast<std::size_t>(i / 2)]);
         groups.push_back(group);
         boxes.push_back(NewBox(group));
         const float pos[3] = {static_cast<float>(i), 1, 2}, angles[3] = {0.1f, 0.2f, 0.3f};
@@ -153,11 +154,13 @@ TEST_F(HeadlessScene, TheSceneAtATimeIsTheSameAsOneOwnerAfterTheOther) {
             group->AddKeyState(0, nullptr, nullptr, nullptr, false);
             group->AddKeyState(10, pos, angles, nullptr, false);
         }
-        if (i % 4 == 0)
+        if (i % 4 == 0) {
+            boxes.back()->AddKeyState(0, nullptr, angles, nullptr, false);
             boxes.back()->AddKeyState(5, pos, nullptr, nullptr, false);
+        }
     }
     // Children that are older than their parents.
-    groups[5]->MoveTo(groups[40]);
+    groups[12]->MoveTo(groups[40]);
 
     ApplyTimeToScene(3);
     const auto atOnce = collision.members;
@@ -171,7 +174,7 @@ TEST_F(HeadlessScene, TheSceneAtATimeIsTheSameAsOneOwnerAfterTheOther) {
 }
 
 TEST(ViewMotion, KeysHoldADirectionAndCompleteTheirFrame) {
-    const MAV_viewParams current{{1, 2, 3}, {0, 0, -1}, {0, 1, 0}, {0, 1, 0}, {1, 0, 0}, nullptr};
+    const MAV_viewParams current{{1, 2, 3}, {0, 0, -1}, {0, 1, 0}, {0, 0, 1}, {1, 0, 0}, nullptr};
     CViewMotion motion;
     motion.AddKeyState(1, nullptr, nullptr, nullptr, current);
     const float eye[3] = {11, 2, 3}, point[3] = {21, 2, 3}, up[3] = {5, 5, 0};
@@ -182,6 +185,7 @@ TEST(ViewMotion, KeysHoldADirectionAndCompleteTheirFrame) {
     EXPECT_EQ(motion.Keys()[2].params.view, (MAV_vector{1, 0, 0}));
     EXPECT_EQ(motion.Keys()[2].params.up, (MAV_vector{0, 1, 0}));
     EXPECT_EQ(motion.Keys()[2].params.right, (MAV_vector{0, 0, 1}));
+    EXPECT_EQ(motion.Keys()[2].params.fixed_up, (MAV_vector{0, 1, 0}));
 
     MAV_viewParams params;
     motion.Evaluate(2, params);
