@@ -169,7 +169,7 @@ class PairCheck {
                 }
                 const Depth depth = DepthOf(p, q);
                 deepest = std::max(deepest, depth.value);
-                remaining = std::min(remaining, Remaining(p, q, depth, move));
+                remaining = std::min(remaining, Remaining(p, q, depth, move, floor));
             }
         }
         const double allowed = (round ? bar::kDepthRound : bar::kDepth) * deepest + floor;
@@ -179,14 +179,20 @@ class PairCheck {
         Report(Fault::kEnds, std::max(DistanceOfPoint(end1, m_a), DistanceOfPoint(end2, m_b)),
                bar::kEnds * m_size + m_writing, "an end of the depth is off its shape");
     }
-    /// Overlap after the first has moved.
-    static double Remaining(const Convex& p, const Convex& q, const Depth& depth,
-                            const Vec3& move) {
+    /// Overlap after the first has moved, `floor` and below being none. Short moves in floats do
+    /// not hold their direction well: then the moved two are searched for one that parts them.
+    static double Remaining(const Convex& p, const Convex& q, const Depth& depth, const Vec3& move,
+                            double floor) {
         double remaining = depth.value - Dot(move, depth.direction);
         const double length = Length(move);
         if (length > 0) {
             const Vec3 n = move * (1 / length);
             remaining = std::min(remaining, Overlap(p, q, n) - length);
+        }
+        if (remaining > floor) {
+            Convex moved = p;
+            moved.centre += move;
+            remaining = std::min(remaining, DepthOf(moved, q).value);
         }
         return remaining;
     }

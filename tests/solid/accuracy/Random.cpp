@@ -181,7 +181,7 @@ Pair RandomPair(Random& random, Kind kind1, Kind kind2) {
     Spec a = RandomObject(random, kind1);
     Spec b = RandomObject(random, kind2);
     if (kind1 == Kind::kSegment && kind2 == Kind::kSegment && random.Chance(0.9)) {
-        a.margin = static_cast<float>(random.Uniform(0.05, 0.5));  // bare, they never touch
+        a.margin = static_cast<float>(random.Uniform(0.1, 0.9));  // bare, they never touch
     }
     return BroughtNear(random, std::move(a), std::move(b));
 }
