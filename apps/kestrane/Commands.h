@@ -19,4 +19,4 @@ void AddSweepCommand(CLI::App& program, Action& action);
 
 /// The end of every command's help.
 inline constexpr const char* kStatusHelp =
-    "\nExit status: 0 free, 1 collision, 2 error (with one line on the standard error stream).\n";
+    "\nExit status: 0 free, 1 collision, 2 error (with one line on the standard error stream).";

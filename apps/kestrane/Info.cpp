@@ -92,12 +92,14 @@ Json Sizes(const CSceneObject& object) {
     return sizes;
 }
 
-/// `radius 0.2, height 1`
+/// `radius 0.2, height 1` or `12 triangles`
 std::string SizesText(const Json& sizes) {
     std::string text;
-    for (const auto& [name, value] : sizes.items())
-        text += (text.empty() ? "" : ", ") + name + " " +
-                (value.is_number_integer() ? value.dump() : TimeText(value.get<double>()));
+    for (const auto& [name, value] : sizes.items()) {
+        text += text.empty() ? "" : ", ";
+        text += value.is_number_integer() ? value.dump() + " " + name
+                                          : name + " " + TimeText(value.get<double>());
+    }
     return text;
 }
 
@@ -105,7 +107,7 @@ std::string MotionText(const CMotion* motion) {
     const auto times = KeyStateTimes(motion);
     if (!times)
         return "";
-    return ", key states " + ShortText(times->first) + " to " + ShortText(times->last) +
+    return ", key states from " + ShortText(times->first) + " to " + ShortText(times->last) +
            (motion->IsCyclic() ? ", cyclic" : "");
 }
 
@@ -181,7 +183,7 @@ void PrintText(const InfoOptions& options) {
     const auto times = KeyStateTimesOfScene();
     Write(OneLine(options.file) + ": " + Count(g_groups.size() - 1, "group") + ", " +
           Counts(g_objects.size(), g_groups.at(0)->SubtreePrimitiveCount()) +
-          (times ? ", key states " + ShortText(times->first) + " to " + ShortText(times->last)
+          (times ? ", key states from " + ShortText(times->first) + " to " + ShortText(times->last)
                  : ", no key states") +
           "\n");
     const ObjectCounts counts = CountObjectsWithAllBelow();
@@ -248,7 +250,7 @@ void AddInfoCommand(CLI::App& program, Action& action) {
         "\nExamples:\n"
         "  kestrane info robot_cell.xml\n"
         "  kestrane info robot_cell.xml --json\n"
-        "\nExit status: 0, or 2 on an error (with one line on the standard error stream).\n");
+        "\nExit status: 0, or 2 on an error (with one line on the standard error stream).");
     auto options = std::make_shared<InfoOptions>();
     command.add_option("FILE", options->file, "Scene file (.xml)")->required();
     command.add_flag("--json", options->json, "Answer in JSON");

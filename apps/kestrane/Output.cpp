@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -47,6 +48,15 @@ std::string Quoted(std::string_view text) {
     quoted += OneLine(text);
     quoted += '"';
     return quoted;
+}
+
+bool HasSuffix(std::string_view name, std::string_view suffix) {
+    if (name.size() < suffix.size())
+        return false;
+    const std::string_view end = name.substr(name.size() - suffix.size());
+    return std::equal(end.begin(), end.end(), suffix.begin(), [](char c, char lower) {
+        return (c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c) == lower;
+    });
 }
 
 std::string CsvField(std::string_view text) {

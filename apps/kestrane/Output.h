@@ -21,5 +21,8 @@ std::string OneLine(std::string_view text);
 /// The same in double quotes.
 std::string Quoted(std::string_view text);
 
+/// Whether a file name ends in `suffix`, in upper or lower case; `suffix` is in lower case.
+bool HasSuffix(std::string_view name, std::string_view suffix);
+
 /// One field of a line of comma-separated values.
 std::string CsvField(std::string_view text);

@@ -9,7 +9,7 @@ void AddPointCommand(CLI::App& program, Action& action) {
     command.footer(
         "\nA mesh holds the points of its surface alone, a tetrahedron those inside too.\n"
         "\nExamples:\n"
-        "  kestrane point robot_cell.xml cell -0.8 0.76 1.05\n"
+        "  kestrane point robot_cell.xml cell -2 0.74 1.1\n"
         "  kestrane point robot_cell.xml robot 1.2 1.3 0.6 --time 8.3 --json\n" +
         std::string(kStatusHelp));
     auto query = std::make_shared<ProbeQuery>(std::vector<const char*>{"X", "Y", "Z"});

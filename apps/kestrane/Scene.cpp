@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "Failure.h"
+#include "FileContent.h"
 #include "Names.h"
 #include "Output.h"
 #include "model/Group.h"
@@ -18,19 +19,11 @@ namespace {
 
 constexpr int kRootGroup = 0;
 
-std::string Lower(std::string text) {
-    for (char& c : text) {
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    }
-    return text;
-}
-
 /// The library passes over a name with another suffix without a word.
 void RequireSceneSuffix(const std::string& file) {
-    const std::string suffix = file.size() < 4 ? "" : Lower(file.substr(file.size() - 4));
-    if (suffix != ".xml" && suffix != ".wrl")
-        throw Failure(file + ": not a scene file: its name ends neither in .xml nor in .wrl");
+    if (!HasSuffix(file, ".xml") && !HasSuffix(file, ".wrl"))
+        throw Failure(Quoted(file) +
+                      " is not a scene file: its name ends neither in .xml nor in .wrl");
 }
 
 [[noreturn]] void FailToLoad(const std::string& file, int code, const char* errorText) {
@@ -45,6 +38,33 @@ void RequireSceneSuffix(const std::string& file) {
     else if (text.empty())
         text = CodeText(code);
     throw Failure(file + ": " + text);
+}
+
+std::string RefusedText(std::size_t refused, std::size_t all, const char* noun) {
+    return std::to_string(refused) + " of " + std::to_string(all) + " " + noun +
+           (refused == 1 ? " was" : " were") + " refused";
+}
+
+/// The library goes on past an object or key state that it refuses, and a load may succeed all the
+/// same. An answer about a scene with holes in it would be wrong.
+void RequireAllLoaded(const std::string& file) {
+    const auto wanted = CountFileContent(file);
+    if (!wanted)
+        return;
+    std::size_t keyStates = 0;
+    for (const CGroup* group : g_animatedGroups)
+        keyStates += group->Motion()->Keys().size();
+    for (const CSceneObject* object : g_animatedObjects)
+        keyStates += object->Motion()->Keys().size();
+    if (g_objects.size() < wanted->objects)
+        throw Failure(file + ": " +
+                      RefusedText(wanted->objects - g_objects.size(), wanted->objects, "objects") +
+                      ": outside of all groups, with a label that is in use, a size below 0, or "
+                      "too few points");
+    if (keyStates < wanted->keyStates)
+        throw Failure(file + ": " +
+                      RefusedText(wanted->keyStates - keyStates, wanted->keyStates, "key states") +
+                      ": times that go down, or an angle out of range");
 }
 
 const CGroup* FindById(const std::string& name) {
@@ -104,10 +124,14 @@ Scene::Scene(const std::string& file) : m_file(file) {
     Require(KST_Initialisation(false, false, false), "start");
     char* errorText = nullptr;
     const int code = KST_LoadScene(file.c_str(), kRootGroup, &errorText);
-    if (code != KST_OK) {
-        // The text outlives the scene, but the destructor does not run after a throw from here.
+    try {
+        if (code != KST_OK)
+            FailToLoad(file, code, errorText);
+        RequireAllLoaded(file);
+    } catch (...) {
+        // The destructor does not run after a throw from here.
         KST_End();
-        FailToLoad(file, code, errorText);
+        throw;
     }
 }
 

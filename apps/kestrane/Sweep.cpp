@@ -268,7 +268,7 @@ void AddSweepCommand(CLI::App& program, Action& action) {
         "Check two groups at A, A + D, A + 2 D, ... and B, and report the stretches of time in\n"
         "which they collide, which objects touch first, and for how long each pair does.");
     command.footer(
-        "\nContact that comes and goes between two steps stays unseen: let the step be shorter "
+        "Contact that comes and goes between two steps stays unseen: let the step be shorter "
         "than\n"
         "what you need to find.\n"
         "\nExamples:\n"
@@ -290,9 +290,11 @@ void AddSweepCommand(CLI::App& program, Action& action) {
         ->option_text("D");
     command.add_flag("--distance", options->distances,
                      "Report the distance and the nearest pair of objects at each step");
-    command.add_flag("--refine{0.001}", options->refine,
-                     "Narrow both ends of each stretch down by bisection, to 0.001 or, as\n"
-                     "--refine=TOL, to another width");
+    command
+        .add_flag("--refine{0.001}", options->refine,
+                  "Narrow both ends of each stretch down by bisection, to 0.001 or to another\n"
+                  "width")
+        ->option_text("[=TOL]");
     CLI::Option* json = command.add_flag("--json", options->json, "Answer in JSON");
     command.add_flag("--csv", options->csv, "Answer in comma-separated values")->excludes(json);
     command.callback([options, &action] { action = [options] { return RunSweep(*options); }; });

@@ -1,11 +1,22 @@
 #include "SweepReport.h"
 
+#include <algorithm>
+
 #include "Names.h"
 #include "Numbers.h"
 #include "Output.h"
 #include "PairQuery.h"
 
 namespace {
+
+using PairAndSpan = std::pair<std::pair<int, int>, PairSpan>;
+
+std::vector<PairAndSpan> ByFirstTime(const ContactStretch& stretch) {
+    std::vector<PairAndSpan> pairs(stretch.pairs.begin(), stretch.pairs.end());
+    std::stable_sort(pairs.begin(), pairs.end(),
+                     [](const auto& a, const auto& b) { return a.second.first < b.second.first; });
+    return pairs;
+}
 
 /// Lines for people: the stretches of contact, or the nearest pair at each step.
 class TextReport : public SweepReport {
@@ -30,7 +41,7 @@ class TextReport : public SweepReport {
                            TimeText(stretch.end) + Bracket(stretch) + "\n";
         for (const KstCollisionResult& pair : stretch.firstContacts)
             text += "  first contact: " + PairName(pair) + "\n";
-        for (const auto& [ids, span] : stretch.pairs) {
+        for (const auto& [ids, span] : ByFirstTime(stretch)) {
             text += "  " + TimeText(span.first) + " to " + TimeText(span.last) + ": " +
                     ObjectName(ids.first) + " and " + ObjectName(ids.second) + "\n";
         }
@@ -154,7 +165,7 @@ class JsonReport : public SweepReport {
                      {"pairs", Json::array()}};
         for (const KstCollisionResult& pair : stretch.firstContacts)
             json["firstContacts"].push_back(PairJson(pair, ""));
-        for (const auto& [ids, span] : stretch.pairs) {
+        for (const auto& [ids, span] : ByFirstTime(stretch)) {
             json["pairs"].push_back({{"first", TimeNumber(span.first)},
                                      {"last", TimeNumber(span.last)},
                                      {"object1", ObjectJson(ids.first)},

@@ -1,12 +1,14 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "Commands.h"
 #include "Failure.h"
+#include "HelpFormatter.h"
 #include "Output.h"
 
 namespace {
@@ -21,11 +23,9 @@ std::string WithLeadingZero(const std::string& argument) {
 void Describe(CLI::App& program) {
     program.set_version_flag("--version", "kestrane " KESTRANE_VERSION);
     program.require_subcommand(1);
-    program.get_formatter()->column_width(28);
-    program.get_formatter()->label("REQUIRED", "");
-    program.get_formatter()->label("TEXT", "");
+    program.formatter(std::make_shared<HelpFormatter>());
     program.footer(
-        "\nA GROUP is the label of a group, or its id; a label that looks like a number is taken "
+        "A GROUP is the label of a group, or its id; a label that looks like a number is taken "
         "as a\n"
         "label first. \"kestrane COMMAND --help\" explains one command.\n"
         "\nExamples:\n"
@@ -33,6 +33,13 @@ void Describe(CLI::App& program) {
         "  kestrane check robot_cell.xml robot cell --time 7.7\n"
         "  kestrane sweep robot_cell.xml robot cell --from 0 --to 20 --step 0.01 --refine\n" +
         std::string(kStatusHelp));
+}
+
+/// The name of the command comes first, so that whatever else comes first is taken for one.
+void RequireKnownCommand(const CLI::App& program, const std::string& name) {
+    const auto isNamed = [&name](const CLI::App* command) { return command->get_name() == name; };
+    if (name[0] != '-' && program.get_subcommands(isNamed).empty())
+        throw Failure("there is no command " + Quoted(name) + "; see \"kestrane --help\"");
 }
 
 /// A mistake on the command line itself, in one line that says where to read on.
@@ -56,6 +63,8 @@ int Run(int argc, char** argv) {
     std::vector<std::string> arguments;
     for (int i = argc - 1; i > 0; --i)
         arguments.push_back(WithLeadingZero(argv[i]));
+    if (argc > 1 && argv[1][0] != '\0')
+        RequireKnownCommand(program, argv[1]);
     int status = kFree;
     try {
         program.parse(std::move(arguments));

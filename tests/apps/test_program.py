@@ -258,7 +258,7 @@ class CommandLine(SceneCase):
     def test_mistakes_on_the_command_line(self):
         check = ("check", self.scene, "cart", "post")
         for arguments, word in (
-            ((), "subcommand"), (("fly",), "fly"), (("check",), "FILE"), (("check", self.scene, "cart"), "GROUP2"),
+            ((), "subcommand"), (("fly",), "fly"), (("", "fly"), ""), (("check",), "FILE"), (("check", self.scene, "cart"), "GROUP2"),
             ((*check, "more"), "more"), ((*check, "--fast"), "--fast"), ((*check, "--time"), "--time"),
             (("sweep", self.scene, "cart", "post", "--from", 0, "--to", 1), "--step"),
             (("sweep", self.scene, "cart", "post", "--from=0", "--to=1", "--step=1", "--csv", "--json"), "--csv"),
@@ -275,6 +275,8 @@ class CommandLine(SceneCase):
                 ("sweep", self.scene, "cart", "post", "--from=0", "--to=" + text, "--step=1"),
                 ("sweep", self.scene, "cart", "post", "--from=0", "--to=1", "--step=1", "--refine=" + text),
             ):
+                if arguments[-1] == "--refine=":
+                    continue  # the same as --refine
                 with self.subTest(arguments):
                     self.assert_failure(run(*arguments))
         self.assert_failure(run("check", self.scene, "cart", "post", "--time", "-1"), "--time", "below 0")
@@ -314,7 +316,7 @@ class BadInput(SceneCase):
         folder.mkdir()
         for path, *words in (
             (self.folder / "gone.xml", "gone.xml", "not exist"), (text, "scene.txt", ".xml"), (folder, "folder.xml"),
-            ("", "scene file"), (self.write("open.xml", "<group>"), "open.xml", "ine"),
+            ("", "not a scene file"), (self.write("open.xml", "<group>"), "open.xml", "ine"),
             (self.write("unknown.xml", "<teapot/>"), "teapot"), (self.write("plain.xml", "", ""), "DTD"),
             (self.write("include.xml", '<include fileName="gone.xml"/>'), "not exist"),
             (self.write("ring.xml", '<include fileName="ring.xml"/>'), "ring.xml"),
@@ -330,6 +332,10 @@ class BadInput(SceneCase):
         for name, items, *words in (
             ("root", box, "<group>"), ("label", f"<group>{box}{box}</group>", "label"),
             ("size", '<group><sphere radius="-1"/></group>', "out of range"),
+            # The library itself reports these only where the refused one is the last.
+            ("later", f"{box}<group>{box}</group>", "1 of 2 objects was refused"),
+            ("among", f"<group>{box}{box}{box}<sphere radius='1'/></group>", "2 of 4 objects were refused"),
+            ("order", '<group><motion><keyState time="2"/><keyState time="1"/></motion></group>', "1 of 2 key states"),
             ("angle", '<group><or x="7" y="0" z="0"/></group>', "out of range"),
         ):
             with self.subTest(name):
@@ -407,8 +413,8 @@ class RobotCell(SceneCase):
         self.assertEqual(run(*sweep).stdout, run(*sweep).stdout)
 
     def test_held_parts_and_the_track_are_free_of_the_robot(self):
-        for group in "track", "parts":
-            self.assertEqual(self.json_of(0, "check", CELL, group, "cell")["collision"], False)
+        for group in "cell", "robot":
+            self.assertEqual(self.json_of(0, "check", CELL, "parts", group)["collision"], False)
         self.assertEqual(run("sweep", CELL, "robot", "track", "--from", 0, "--to", 20, "--step", 0.1).returncode, 0)
 
 
