@@ -14,8 +14,15 @@ std::atomic<bool> g_initialised{false};
 /// model lock is not held while the end waits for threads.
 std::mutex g_lifeLock;
 
+#if defined(__GNUC__)
+/// For the places that read a bool as the host passed it.
+#define KST_ANY_BOOL __attribute__((no_sanitize("bool")))
+#else
+#define KST_ANY_BOOL
+#endif
+
 /// What a host passes as true may be any byte but 0.
-bool Argument(bool value) noexcept {
+KST_ANY_BOOL bool Argument(bool value) noexcept {
     const volatile auto byte = reinterpret_cast<const unsigned char&>(value);
     return byte != 0;
 }
@@ -44,7 +51,7 @@ int Border(Body&& body) noexcept {
 /// The shell of an exported function around the method that does its work.
 template <class... Parameters, class... Arguments>
 int Call(int (CCheckerApp::*method)(Parameters...), Arguments... arguments) noexcept {
-    return Border([&]() -> int {
+    return Border([&]() KST_ANY_BOOL -> int {
         if (!g_initialised) {
             return KST_ERROR_NOT_INITIALISED;
         }
