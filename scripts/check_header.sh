@@ -24,10 +24,10 @@ try() {
 try gcc host.c -std=c89
 try clang host.c -std=c89 -Wno-c99-extensions
 for compiler in gcc clang; do
-    try $compiler host.c -std=c99 -Wstrict-prototypes
-    try $compiler host.c -std=c11 -Wstrict-prototypes
+    try "$compiler" host.c -std=c99 -Wstrict-prototypes
+    try "$compiler" host.c -std=c11 -Wstrict-prototypes
 done
 for compiler in g++ clang++; do
-    try $compiler host.cpp -std=c++98 -Wno-long-long
-    try $compiler host.cpp -std=c++20
+    try "$compiler" host.cpp -std=c++98 -Wno-long-long
+    try "$compiler" host.cpp -std=c++20
 done
