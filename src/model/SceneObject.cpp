@@ -293,22 +293,13 @@ void CSceneObject::MoveTo(CGroup* group) {
     const bool wasInWorld = IsInCollisionWorld();
     const bool belongsInWorld = group->IsCollisionCapable() && m_type != kTypePolyline;
     const bool enters = belongsInWorld && !wasInWorld;
-    const bool stays = belongsInWorld && wasInWorld;
 
     former.PassObject(this, *group);
     m_group = group;
-    bool reclassed = false;
-    CRollback undoPass([this, &former, group, &reclassed] {
+    CRollback undoPass([this, &former, group] {
         group->PassObject(this, former);
         m_group = &former;
-        // Back to a class that has had the object a moment ago: there is room for it.
-        if (reclassed)
-            g_collision->UpdateResponseClass(this);
     });
-    if (stays) {
-        g_collision->UpdateResponseClass(this);
-        reclassed = true;
-    }
     if (enters)
         EnterCollisionWorld();
     CRollback undoWorld([this, enters] {
@@ -322,6 +313,8 @@ void CSceneObject::MoveTo(CGroup* group) {
 
     if (wasInWorld && !belongsInWorld)
         LeaveCollisionWorld();
+    else if (wasInWorld)
+        g_collision->UpdateResponseClass(this);
     UpdateTransforms();
     if (g_controlPanel) {
         g_controlPanel->UpdateGroupRow(&former);
