@@ -258,6 +258,10 @@ int CCollisionManager::GetClosestPairs(const CGroup& group1, const CGroup& group
                 }
             }
         }
+        // Groups can share a group that holds no object.
+        if (group1.IsWithin(group2) || group2.IsWithin(group1)) {
+            return KST_ERROR_OVERLAP;
+        }
         SortResults(1.0F);
         *count = ResultCount();
         return KST_OK;

@@ -341,6 +341,9 @@ TEST_F(Queries, ClosestPairsOfAGroupWithItsChildKeepThePairsBefore) {
     // itself.
     EXPECT_EQ(KST_ERROR_OVERLAP, KST_GetClosestPairs(g1, below, &count));
     EXPECT_TRUE(Results(0).empty());
+    const int empty = Group(below);
+    EXPECT_EQ(KST_ERROR_OVERLAP, KST_GetClosestPairs(below, empty, &count));
+    EXPECT_EQ(KST_ERROR_OVERLAP, KST_GetClosestPairs(empty, empty, &count));
     const int other = Group();
     ASSERT_EQ(KST_OK, KST_MoveGroup(below, other));
     EXPECT_EQ(2U, Distances(g1, below).size());
