@@ -59,6 +59,10 @@ int CCollisionManager::GenResponseClass() {
     return DT_GenResponseClass(m_respTable.get());
 }
 
+void CCollisionManager::ReleaseResponseClass(int responseClass) noexcept {
+    DT_FreeResponseClass(m_respTable.get(), responseClass);
+}
+
 void CCollisionManager::AddObject(CSceneObject* object) {
     Object handle(DT_CreateObject(object, object->SolidShape()));
     SetMatrix(handle.get(), *object);

@@ -33,6 +33,7 @@ class CCollisionManager final : public CCollisionNeighbour {
 
     // ---- The world ----
     int GenResponseClass() override;
+    void ReleaseResponseClass(int responseClass) noexcept override;
     void AddObject(CSceneObject* object) override;
     void RemoveObject(CSceneObject* object) noexcept override;
     void UpdateObject(CSceneObject* object) noexcept override;

@@ -76,6 +76,7 @@ void CGroup::Destroy(CGroup* group) noexcept {
 
 CGroup::~CGroup() {
     Empty();
+    ReleaseResponseClass();
     g_groups.erase(m_id);
     g_animatedGroups.erase(this);
     if (g_controlPanel && m_parent)
@@ -211,7 +212,7 @@ void CGroup::SetCollisionCapability(bool on) {
         CRollback undo([this] {
             for (const auto& [id, object] : m_objects)
                 object->LeaveCollisionWorld();
-            m_responseClass = kNoResponseClass;
+            ReleaseResponseClass();
         });
         for (const auto& [id, object] : m_objects)
             object->EnterCollisionWorld();
@@ -219,9 +220,15 @@ void CGroup::SetCollisionCapability(bool on) {
     } else {
         for (const auto& [id, object] : m_objects)
             object->LeaveCollisionWorld();
-        m_responseClass = kNoResponseClass;
+        ReleaseResponseClass();
     }
     UpdateRow();
+}
+
+void CGroup::ReleaseResponseClass() noexcept {
+    if (IsCollisionCapable())
+        g_collision->ReleaseResponseClass(m_responseClass);
+    m_responseClass = kNoResponseClass;
 }
 
 void CGroup::SetClearance(float margin) noexcept {

@@ -152,6 +152,8 @@ class CGroup {
     void AddToSubtreeCounts(int count) noexcept;
     void DestroyOwnObjects() noexcept;
     void UpdateRow() noexcept;
+    /// The group is not collision capable any more; its objects have left the world.
+    void ReleaseResponseClass() noexcept;
 
     int m_id;
     CGroup* m_parent;

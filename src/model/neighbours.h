@@ -17,8 +17,10 @@ class CCollisionNeighbour {
   public:
     virtual ~CCollisionNeighbour() = default;
 
-    /// A response class that no group has had before; not below 0.
+    /// A response class that no other group has; not below 0.
     virtual int GenResponseClass() = 0;
+    /// Gives back the class of a group that has no object in the world any more.
+    virtual void ReleaseResponseClass(int responseClass) noexcept = 0;
     /// Enters an object whose m_solidShape is built, with its present world matrix and the response
     /// class of its group, and sets its m_solidObject.
     virtual void AddObject(CSceneObject* object) = 0;

@@ -26,6 +26,10 @@ class FakeCollision : public CCollisionNeighbour {
     };
 
     int GenResponseClass() override { return m_nextClass++; }
+    void ReleaseResponseClass(int responseClass) noexcept override {
+        for (const auto& [id, member] : members)
+            EXPECT_NE(member.responseClass, responseClass) << "of object " << id;
+    }
     void AddObject(CSceneObject* object) override {
         EXPECT_NE(object->SolidShape(), nullptr);
         Member member{object->Group()->ResponseClass(), {}, 0};

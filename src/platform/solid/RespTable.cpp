@@ -51,8 +51,28 @@ RespTable::~RespTable() {
 }
 
 int RespTable::GenClass() {
+    if (!m_freeClasses.empty()) {
+        const int responseClass = m_freeClasses.back();
+        m_freeClasses.pop_back();
+        m_classes[static_cast<std::size_t>(responseClass)].free = false;
+        return responseClass;
+    }
+    GrowCapacity(m_freeClasses, m_classes.size() + 1);
     m_classes.emplace_back();
     return static_cast<int>(m_classes.size() - 1);
+}
+
+void RespTable::FreeClass(int responseClass) noexcept {
+    if (!IsClass(responseClass)) {
+        return;
+    }
+    Class& c = m_classes[static_cast<std::size_t>(responseClass)];
+    if (c.free || !c.objects.empty()) {
+        return;
+    }
+    std::vector<Object*>().swap(c.objects);
+    c.free = true;
+    m_freeClasses.push_back(responseClass);
 }
 
 void RespTable::SetClass(Object& object, int responseClass) {

@@ -20,7 +20,10 @@ class RespTable {
     RespTable(const RespTable&) = delete;
     RespTable& operator=(const RespTable&) = delete;
 
+    /// A class without objects. May throw std::bad_alloc, and then nothing has changed.
     int GenClass();
+    /// No effect on a class that still has objects, or is free.
+    void FreeClass(int responseClass) noexcept;
     /// A class that is not of this table is ignored. May throw std::bad_alloc, and then nothing has
     /// changed.
     void SetClass(Object& object, int responseClass);
@@ -51,6 +54,7 @@ class RespTable {
         /// response being worked on. The objects of the asking side query the tree.
         std::uint32_t asking = 0;
         std::uint32_t asked = 0;
+        bool free = false;
     };
     struct Response {
         std::vector<int> classes1;
@@ -82,6 +86,7 @@ class RespTable {
     static std::uint32_t Report(const Scene& scene, const std::vector<Candidate>& candidates);
 
     std::vector<Class> m_classes;
+    std::vector<int> m_freeClasses;   ///< has room for all classes
     std::list<Response> m_responses;  ///< in the order of adding
     std::list<Response> m_spare;      ///< taken away, kept for their memory
     std::vector<Response*> m_buckets;

@@ -233,6 +233,10 @@ DT_ResponseClass DT_GenResponseClass(DT_RespTableHandle table) {
     return table->GenClass();
 }
 
+void DT_FreeResponseClass(DT_RespTableHandle table, DT_ResponseClass responseClass) {
+    table->FreeClass(responseClass);
+}
+
 void DT_SetResponseClass(DT_RespTableHandle table, DT_ObjectHandle object,
                          DT_ResponseClass responseClass) {
     table->SetClass(*object, responseClass);

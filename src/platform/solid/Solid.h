@@ -12,8 +12,8 @@
 ///
 /// Ownership: each `New`/`Create` call gives a handle that the caller releases with the matching
 /// `Delete`/`Destroy`. A shape must outlive the objects made of it, an object must leave its scene
-/// before either is destroyed. No function throws except std::bad_alloc from those that create
-/// or add.
+/// before either is destroyed. No function throws but std::bad_alloc, and none of those that
+/// remove, destroy, place or free does; a call that throws has changed nothing.
 ///
 /// Threads: calls on one scene, its objects, and its tables must not overlap in time.
 
@@ -32,7 +32,7 @@ using DT_ObjectHandle = solid::Object*;
 using DT_SceneHandle = solid::Scene*;
 using DT_RespTableHandle = solid::RespTable*;
 
-/// A class of objects within one response table: 0, 1, 2, ... in the order of generation.
+/// A class of objects within one response table: a small number from 0 on.
 using DT_ResponseClass = int;
 
 /// Result of a response callback: go on with the next pair, or end the test.
@@ -94,7 +94,11 @@ void DT_RemoveObject(DT_SceneHandle scene, DT_ObjectHandle object);
 
 DT_RespTableHandle DT_CreateRespTable();
 void DT_DestroyRespTable(DT_RespTableHandle table);
+/// A class without objects. May throw std::bad_alloc.
 DT_ResponseClass DT_GenResponseClass(DT_RespTableHandle table);
+/// Gives a class back, which DT_GenResponseClass may hand out again. It must have no objects and
+/// stand in no response; a class that still has objects stays.
+void DT_FreeResponseClass(DT_RespTableHandle table, DT_ResponseClass responseClass);
 /// One object can have a class in each of several tables; in one table it has one at most.
 void DT_SetResponseClass(DT_RespTableHandle table, DT_ObjectHandle object,
                          DT_ResponseClass responseClass);
