@@ -94,7 +94,7 @@ Nearest NearestOfTetrahedron(const Simplex& s, bool& inside) {
     const double ofR = sign * Dot(p, Cross(pq, pt));
     const double ofT = -sign * Dot(p, Cross(pq, pr));
     const double edges = LengthSquared(pq) * LengthSquared(pr) * LengthSquared(pt);
-    const bool flat = !(volume * volume > 1e-28 * edges);
+    bool flat = !(volume * volume > 1e-28 * edges);
     if (!flat && ofP >= 0 && ofQ >= 0 && ofR >= 0 && ofT >= 0) {
         const double sum = ofP + ofQ + ofR + ofT;
         Nearest n;
@@ -103,8 +103,15 @@ Nearest NearestOfTetrahedron(const Simplex& s, bool& inside) {
         n.weights[2] = ofR / sum;
         n.weights[3] = ofT / sum;
         n.squared = 0;
-        inside = true;
-        return n;
+        // In a sliver the volumes may be made of rounding: then the weights do not give the origin.
+        const Vec3 given =
+            p * n.weights[0] + q * n.weights[1] + r * n.weights[2] + t * n.weights[3];
+        const double size = std::max({MaxNorm(p), MaxNorm(q), MaxNorm(r), MaxNorm(t)});
+        if (MaxNorm(given) <= kTouch * size) {
+            inside = true;
+            return n;
+        }
+        flat = true;
     }
     Nearest best;
     if (flat || ofT < 0)
