@@ -78,7 +78,21 @@ Nearest NearestOfTriangle(const Simplex& s, int i, int j, int k) {
     return best;
 }
 
-/// `inside` is set when the tetrahedron holds the origin.
+/// Of those faces of a tetrahedron that stand opposite the vertices named.
+Nearest NearestOfFaces(const Simplex& s, bool of0, bool of1, bool of2, bool of3) {
+    Nearest best;
+    if (of3)
+        best = Better(best, NearestOfTriangle(s, 0, 1, 2));
+    if (of2)
+        best = Better(best, NearestOfTriangle(s, 0, 1, 3));
+    if (of1)
+        best = Better(best, NearestOfTriangle(s, 0, 2, 3));
+    if (of0)
+        best = Better(best, NearestOfTriangle(s, 1, 2, 3));
+    return best;
+}
+
+/// `inside` tells whether the tetrahedron holds the origin.
 Nearest NearestOfTetrahedron(const Simplex& s, bool& inside) {
     const Vec3& p = s.points[0].w;
     const Vec3& q = s.points[1].w;
@@ -94,35 +108,25 @@ Nearest NearestOfTetrahedron(const Simplex& s, bool& inside) {
     const double ofR = sign * Dot(p, Cross(pq, pt));
     const double ofT = -sign * Dot(p, Cross(pq, pr));
     const double edges = LengthSquared(pq) * LengthSquared(pr) * LengthSquared(pt);
-    bool flat = !(volume * volume > 1e-28 * edges);
-    if (!flat && ofP >= 0 && ofQ >= 0 && ofR >= 0 && ofT >= 0) {
+    const bool flat = !(volume * volume > 1e-28 * edges);
+    inside = !flat && ofP >= 0 && ofQ >= 0 && ofR >= 0 && ofT >= 0;
+    if (inside) {
         const double sum = ofP + ofQ + ofR + ofT;
         Nearest n;
         n.weights[0] = ofP / sum;
         n.weights[1] = ofQ / sum;
         n.weights[2] = ofR / sum;
         n.weights[3] = ofT / sum;
-        n.squared = 0;
-        // In a sliver the volumes may be made of rounding: then the weights do not give the origin.
-        const Vec3 given =
-            p * n.weights[0] + q * n.weights[1] + r * n.weights[2] + t * n.weights[3];
+        n.point = p * n.weights[0] + q * n.weights[1] + r * n.weights[2] + t * n.weights[3];
+        n.squared = LengthSquared(n.point);
         const double size = std::max({MaxNorm(p), MaxNorm(q), MaxNorm(r), MaxNorm(t)});
-        if (MaxNorm(given) <= kTouch * size) {
-            inside = true;
+        if (MaxNorm(n.point) <= kTouch * size)
             return n;
-        }
-        flat = true;
+        // In a sliver the volumes tell inside from outside but as weights are rounding: a face then
+        // comes nearer to the origin than they do.
+        return Better(n, NearestOfFaces(s, true, true, true, true));
     }
-    Nearest best;
-    if (flat || ofT < 0)
-        best = Better(best, NearestOfTriangle(s, 0, 1, 2));
-    if (flat || ofR < 0)
-        best = Better(best, NearestOfTriangle(s, 0, 1, 3));
-    if (flat || ofQ < 0)
-        best = Better(best, NearestOfTriangle(s, 0, 2, 3));
-    if (flat || ofP < 0)
-        best = Better(best, NearestOfTriangle(s, 1, 2, 3));
-    return best;
+    return NearestOfFaces(s, flat || ofP < 0, flat || ofQ < 0, flat || ofR < 0, flat || ofT < 0);
 }
 
 /// Reduces the simplex to the face that holds the point nearest to the origin, and gives that

@@ -6,13 +6,11 @@
 #include "platform/solid/ConvexPair.h"
 #include "platform/solid/Core.h"
 #include "platform/solid/MeshTree.h"
+#include "platform/solid/Tolerances.h"
 
 namespace solid {
 
 namespace {
-
-/// What boxes are grown by, relative to the coordinates, so that rounding hides no contact.
-constexpr double kBoxSlack = 1e-12;
 
 /// A mesh placed in the world, for walks down its tree.
 class PlacedTree {

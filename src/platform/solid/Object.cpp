@@ -7,6 +7,7 @@
 
 #include "platform/solid/RespTable.h"
 #include "platform/solid/Scene.h"
+#include "platform/solid/Tolerances.h"
 
 namespace solid {
 
@@ -83,7 +84,10 @@ Placed Object::GetPlaced() const {
 
 Aabb Object::WorldBox() const {
     const Placed placed = GetPlaced();
-    return m_shape->WorldBox(placed.placement, placed.margin);
+    Aabb box = m_shape->WorldBox(placed.placement, placed.margin);
+    // What touches within rounding must not be lost between the boxes.
+    box.Grow(kBoxSlack * MaxNorm(box.HalfSize()));
+    return box;
 }
 
 int Object::ClassInMore(const RespTable& table) const {

@@ -11,6 +11,10 @@ namespace solid {
 /// smaller value lets exactly touching turned shapes count as apart, a larger one is seen by users.
 inline constexpr double kTouch = 1e-13;
 
+/// Relative, to the coordinates of a box or to its size. Boxes are grown by this, so that they hide
+/// no contact that kTouch lets count; must be several times kTouch.
+inline constexpr double kBoxSlack = 1e-12;
+
 /// Unit: the distance found. The iteration for the distance ends when the certified lower bound and
 /// the distance of the points found differ by less. The distance is returned as a float (6e-8), so
 /// a smaller value costs iterations on curved shapes for nothing, a larger one is seen in the

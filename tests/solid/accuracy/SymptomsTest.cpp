@@ -252,6 +252,36 @@ TEST(Symptoms, TheDirectionOfADepthIsTheSameAtEveryCall) {
     }
 }
 
+/// Two pairs whose moved bodies touch so that the last simplex is a sliver of rounding.
+TEST(Symptoms, EndsOfADepthStayOnTheirShapesWhereASliverTellsNothing) {
+    Spec box = Box(0x1.a5af0ap-1F, 0x1.f7299ep+0F, 0x1.d6b9bcp+0F);
+    box.matrix = {0x1.40dbccp-1F,  0x1.2274fp-1F,   -0x1.118c58p-1F, 0,
+                  -0x1.11ae9ap-1F, 0x1.9fa61ap-1F,  0x1.e14d28p-3F,  0,
+                  0x1.2254a8p-1F,  0x1.1b43a2p-3F,  0x1.9fbca6p-1F,  0,
+                  -0x1.bd9168p+0F, -0x1.0a2042p-1F, 0x1.3d3cf8p-4F,  1};
+    Spec cone = Cone(0x1.66dc2p-2F, 0x1.4a070ap+0F);
+    cone.matrix = {-0x1.a051cp-2F,  0x1.412486p-1F,  0x1.541e76p-1F,  0,
+                   -0x1.a2c1dep-1F, 0x1.2fbfcap-4F,  -0x1.24235ep-1F, 0,
+                   -0x1.a0ebe4p-2F, -0x1.8cf35ap-1F, 0x1.ee714ep-2F,  0,
+                   -0x1.ba3292p+1F, -0x1.48605p-1F,  -0x1.3f8ea8p-1F, 1};
+    ExpectOracleAgrees(box, cone);
+
+    Spec cylinder = Cylinder(0x1.f076bep-1F, 0x1.70e694p-1F);
+    cylinder.matrix = {0x1.7df7e6p-2F,  0x1.f2b8f4p-3F, -0x1.3f2e4ap-3F, 0,
+                       -0x1.6b1e9p-3F,  0x1.9c9004p-3F, -0x1.b57d6ap-2F, 0,
+                       -0x1.006b5ap-2F, 0x1.49779ep-1F, 0x1.9e7398p-2F,  0,
+                       -0x1.c3d84cp-2F, 0x1.3d98fap+0F, 0x1.b3dffap+0F,  1};
+    Spec polytope = Polytope({{-0x1.ed2p-2F, 0x1.18ab5ep-1F, 0x1.941c9ap-2F},
+                              {0x1.c7bf54p-1F, -0x1.ad72d2p-2F, -0x1.b26002p-4F},
+                              {0x1.337baap-1F, -0x1.af8f1cp-2F, -0x1.67495ap-2F},
+                              {0x1.4aba4ep-4F, 0x1.dd018cp-3F, 0x1.419b2p-1F}});
+    polytope.matrix = {0x1.492286p-1F,  -0x1.d0c88p-3F,  0x1.066518p+0F, 0,
+                       -0x1.6cd83p-3F,  0x1.5198c2p+0F,  0x1.53966p-1F,  0,
+                       -0x1.229946p-1F, -0x1.9eeab6p-2F, 0x1.de5f5p-3F,  0,
+                       -0x1.40305ap-2F, 0x1.7d7ac4p+0F,  0x1.075aep+1F,  1};
+    ExpectOracleAgrees(cylinder, polytope);
+}
+
 /// Same middle, same pose, and one inside the other, for each two kinds.
 TEST(Symptoms, ConcentricBodiesHaveADepth) {
     Random random(23);
