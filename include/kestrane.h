@@ -64,7 +64,9 @@
  * Memory. Arrays and texts that a host passes are read during the call and not kept. Arrays that
  * KST_GetObject hands out are the host's, to be released with free().
  *
- * Threads. Any thread may call; calls take turns. KST_End waits for a call that is in progress; one
+ * Threads. Any thread may call; calls take turns. The findings are those of the last query of any
+ * thread: threads that query at the same time need a lock of their own around a query and its
+ * KST_GetResults. KST_End waits for a call that is in progress; one
  * that comes later returns KST_ERROR_NOT_INITIALISED.
  */
 
@@ -106,7 +108,7 @@ typedef enum KstCode {
     KST_ERROR_UNKNOWN_PARENT = -3,
     /* There is no such object. */
     KST_ERROR_UNKNOWN_OBJECT = -4,
-    /* An argument is out of range, a required pointer is null, or memory does not suffice. */
+    /* An argument is out of range, a required pointer is null, or memory or ids do not suffice. */
     KST_ERROR_ARGUMENT = -5,
     /* A group would move into its own subtree, or two groups of a query share a group. */
     KST_ERROR_OVERLAP = -6,
@@ -498,7 +500,8 @@ KST_API int KST_SetGroupVisibility(int id, int view, bool visible);
  * the straight line and the shortest turn, before the first and after the last standing still, and
  * it cannot be placed directly. It takes its pose for the present time at once.
  *
- * time          Not before the group's last key state; equal times make a jump.
+ * time          Not before the group's last key state; equal times make a jump. After
+ *               KST_SetGroupCyclic alone: not below 0.
  * pos           Three floats: position.
  * orient        Three angles as for KST_SetGroupOrientation or, with isQuaternion, four floats x,
  *               y, z, w.
@@ -521,14 +524,16 @@ KST_API int KST_SetGroupCyclic(int id, bool cyclic);
 
 /*
  * Ends the motion of a group: its key states and its cyclic flag go, it stays where it is, and can
- * be placed directly again. KST_ERROR_UNKNOWN_GROUP.
+ * be placed directly again. Nothing happens to a group without key states: a cyclic flag set before
+ * them stays. KST_ERROR_UNKNOWN_GROUP.
  */
 KST_API int KST_ClearGroupKeyStates(int id);
 
 /*
  * Copies a group, and the objects directly in it, under a parent. The copy has the pose, scale,
  * looks and visibility of the source, but no motion and no clearance. Copies of objects have the
- * labels of their sources; such a label then means the newest copy.
+ * labels of their sources; such a label then means the newest copy. When one of those that share a
+ * label is destroyed, the label means nothing, and is free again.
  *
  * newId         Receives the id of the copy.
  * source        0 is allowed.
@@ -543,8 +548,9 @@ KST_API int KST_CloneGroup(int* newId, int source, int targetParent, bool colChe
                            const char* label);
 
 /*
- * Copies a group with all groups and objects below it, as KST_CloneGroup does. The copies have no
- * collision capability, and no labels but those given here.
+ * Copies a group with all groups and objects below it, as KST_CloneGroup does. The copies of groups
+ * have no collision capability, and no labels but those given here; copies of objects have those of
+ * their sources.
  *
  * newIds  Receives, at i, the id of the copy of the group ids[i]; entries for groups that are not
  *         copied stay as they are. Of ids that occur twice the first counts.
@@ -670,7 +676,8 @@ KST_API int KST_AddObjectKeyState(int id, float time, const float* pos, const fl
 KST_API int KST_SetObjectCyclic(int id, bool cyclic);
 
 /*
- * Ends the motion of an object, as KST_ClearGroupKeyStates does for a group.
+ * Ends the motion of an object, as KST_ClearGroupKeyStates does for a group; a cyclic flag goes in
+ * any case.
  * KST_ERROR_UNKNOWN_OBJECT.
  */
 KST_API int KST_ClearObjectKeyStates(int id);
@@ -806,8 +813,8 @@ KST_API int KST_CheckGroupCollision(int group1, int group2, bool all, int* count
  * common. Pairs that have no distance (polylines, objects of groups that are not capable, places
  * that are not finite) are left out. The time that it takes grows with the number of pairs.
  *
- * As above, then KST_ERROR_OVERLAP if one group is the other or lies below it; KST_GetResults then
- * gives the pairs before the first object that was met twice.
+ * As above, then KST_ERROR_OVERLAP if one group is the other or lies below it; count is not written
+ * then, and KST_GetResults, which would give the pairs found so far, is not to be called.
  */
 KST_API int KST_GetClosestPairs(int group1, int group2, int* count);
 
@@ -877,7 +884,7 @@ KST_API int KST_SetObjectSelectCallback(KstSelectCallback callback);
 /*
  * Sets the time: all groups, objects and views with key states go where these say.
  *
- * time  Not below 0.
+ * time  Not below 0. It is 0 when the library is loaded; KST_End and KST_Initialisation keep it.
  *
  * KST_ERROR_ARGUMENT for a time below 0.
  */

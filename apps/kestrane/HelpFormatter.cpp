@@ -14,6 +14,6 @@ std::string HelpFormatter::make_option_name(const CLI::Option* option, bool isPo
 }
 
 std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {
-    const std::string text = option->get_option_text();
+    const std::string& text = option->get_option_text();
     return text.empty() || text[0] == '[' ? "" : " " + text;
 }

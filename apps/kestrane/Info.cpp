@@ -172,10 +172,15 @@ void PrintGroup(const Row& row, const ObjectCounts& counts) {
         line += ", with all below " + Counts(counts.at(group.Id()), group.SubtreePrimitiveCount());
     Write(line + MotionText(group.Motion()) + "\n");
     for (const auto& [id, object] : group.Objects()) {
-        const std::string label = object->Label().empty() ? "" : " " + Quoted(object->Label());
+        std::string entry = indent;
+        entry.append("  object ").append(std::to_string(id));
+        if (!object->Label().empty())
+            entry.append(" ").append(Quoted(object->Label()));
+        entry.append(": ").append(TypeName(object->Type()));
         const std::string sizes = SizesText(Sizes(*object));
-        Write(indent + "  object " + std::to_string(id) + label + ": " + TypeName(object->Type()) +
-              (sizes.empty() ? "" : ", " + sizes) + MotionText(object->Motion()) + "\n");
+        if (!sizes.empty())
+            entry.append(", ").append(sizes);
+        Write(entry.append(MotionText(object->Motion())).append("\n"));
     }
 }
 

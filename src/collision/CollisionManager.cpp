@@ -24,7 +24,9 @@ void SetMatrix(DT_ObjectHandle handle, const CSceneObject& object) noexcept {
 
 }  // namespace
 
-std::vector<CCollisionResult> g_collisionResults;
+// Stands until the process ends, as the scene's registries do.
+std::vector<CCollisionResult>& g_collisionResults =
+    *std::make_unique<std::vector<CCollisionResult>>().release();
 
 CCollisionManager::CCollisionManager()
     : m_scene(DT_CreateScene()), m_respTable(DT_CreateRespTable()) {

@@ -16,7 +16,7 @@ class CSceneObject;
 using CCollisionResult = KstCollisionResult;
 
 /// The findings of the last query. Empty after a query that ran out of memory.
-extern std::vector<CCollisionResult> g_collisionResults;
+extern std::vector<CCollisionResult>& g_collisionResults;
 
 /// The collision world, kept in step with the tree of groups, and the questions to it.
 ///

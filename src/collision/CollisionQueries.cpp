@@ -2,7 +2,6 @@
 #include <cmath>
 #include <limits>
 #include <new>
-#include <stdexcept>
 #include <tuple>
 #include <utility>
 
@@ -28,7 +27,7 @@ constexpr float kPickStep = 0.005F;
 /// Runs a query on an empty store. One that fails half-way leaves it empty, so that the host never
 /// gets more records than the last count that it was told.
 template <class Body>
-int RunQuery(Body&& body) {
+auto RunQuery(Body&& body) {
     CCollisionManager::ClearResults();
     try {
         return body();
@@ -40,7 +39,7 @@ int RunQuery(Body&& body) {
 
 int ResultCount() {
     if (g_collisionResults.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        throw std::length_error("more findings than an int counts");
+        throw std::bad_alloc();
     }
     return static_cast<int>(g_collisionResults.size());
 }
@@ -139,7 +138,8 @@ void WriteDepth(const CSceneObject& a, const CSceneObject& b, CCollisionResult& 
             static_cast<double>(result.point1[i]) - static_cast<double>(result.point2[i]);
         square += d * d;
     }
-    result.value = static_cast<float>(std::sqrt(square));
+    constexpr double kMost = std::numeric_limits<float>::max();
+    result.value = static_cast<float>(std::min(std::sqrt(square), kMost));
 }
 
 /// By value in the direction of `sign`; equal ones by their ids.
@@ -270,20 +270,22 @@ int CCollisionManager::GetClosestPairs(const CGroup& group1, const CGroup& group
 
 int CCollisionManager::GetPenetrationDepths(const CGroup& group1, const CGroup& group2,
                                             int* count) {
-    int found = 0;
-    const int status = CheckGroups(group1, group2, true, &found);
-    if (status != KST_OK) {
-        return status;
-    }
-    if (found == 0) {
-        return KST_ERROR_NO_COLLISION;
-    }
-    for (CCollisionResult& result : g_collisionResults) {
-        WriteDepth(*g_objects.at(result.id1), *g_objects.at(result.id2), result);
-    }
-    SortResults(-1.0F);
-    *count = found;
-    return KST_OK;
+    return RunQuery([&]() -> int {
+        int found = 0;
+        const int status = CheckGroups(group1, group2, true, &found);
+        if (status != KST_OK) {
+            return status;
+        }
+        if (found == 0) {
+            return KST_ERROR_NO_COLLISION;
+        }
+        for (CCollisionResult& result : g_collisionResults) {
+            WriteDepth(*g_objects.at(result.id1), *g_objects.at(result.id2), result);
+        }
+        SortResults(-1.0F);
+        *count = found;
+        return KST_OK;
+    });
 }
 
 bool CCollisionManager::ClassifyVisible(int view, DT_RespTableHandle table,
@@ -327,20 +329,23 @@ Point CCollisionManager::WalkRay(const Point& start, const Point& end, DT_RespTa
 
 CSceneObject* CCollisionManager::PickAlongRay(int view, const Point& start, const Point& end,
                                               Point* point) {
-    int found = 0;
-    CheckLine(*g_groups.at(0), start, end, true, &found);
-    if (found == 0) {
-        return nullptr;
-    }
-    const std::size_t onLine = g_collisionResults.size();
-    const RespTable table(DT_CreateRespTable());
-    const DT_ResponseClass visibleClass = DT_GenResponseClass(table.get());
-    if (!ClassifyVisible(view, table.get(), visibleClass)) {
-        return nullptr;
-    }
-    *point = WalkRay(start, end, table.get(), visibleClass);
-    // A sphere that slips past leaves the line's first finding.
-    const bool met = g_collisionResults.size() > onLine;
-    const CCollisionResult& result = met ? g_collisionResults.back() : g_collisionResults.front();
-    return g_objects.at(result.id1);
+    return RunQuery([&]() -> CSceneObject* {
+        int found = 0;
+        CheckLine(*g_groups.at(0), start, end, true, &found);
+        if (found == 0) {
+            return nullptr;
+        }
+        const std::size_t onLine = g_collisionResults.size();
+        const RespTable table(DT_CreateRespTable());
+        const DT_ResponseClass visibleClass = DT_GenResponseClass(table.get());
+        if (!ClassifyVisible(view, table.get(), visibleClass)) {
+            return nullptr;
+        }
+        *point = WalkRay(start, end, table.get(), visibleClass);
+        // A sphere that slips past leaves the line's first finding.
+        const bool met = g_collisionResults.size() > onLine;
+        const CCollisionResult& result =
+            met ? g_collisionResults.back() : g_collisionResults.front();
+        return g_objects.at(result.id1);
+    });
 }

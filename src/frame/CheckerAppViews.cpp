@@ -3,7 +3,7 @@
 #include "visualiser/VisView.h"
 
 // Views, textures and the select callback are the display's. Where there is none, these methods end
-// with success after the tests that hold without one; the records keep what is set in any case.
+// with success after the tests that hold without one; of the records only the title is kept.
 
 int CCheckerApp::SuspendVisualisation() {
     return KST_ERROR_NOT_RENDERING;

@@ -1,3 +1,7 @@
+#if !defined(_WIN32)
+#include <pthread.h>
+#endif
+
 #include <atomic>
 #include <mutex>
 #include <string>
@@ -7,7 +11,8 @@
 
 namespace {
 
-/// Set between KST_Initialisation and KST_End. Changes only under g_lifeLock and g_modelLock.
+/// Set between KST_Initialisation and KST_End. Is set under g_lifeLock, cleared under g_lifeLock
+/// and g_modelLock.
 std::atomic<bool> g_initialised{false};
 
 /// Lets one start or end of the library take its turn. It is taken before all other locks, and the
@@ -38,9 +43,33 @@ Value Argument(Value value) noexcept {
     return value;
 }
 
+/// A thread that the host cancels ends behind the call that it is in: within one it would leave the
+/// scene half changed, or end the process at the border.
+class CancelGuard {
+  public:
+#if defined(_WIN32)
+    CancelGuard() noexcept {}
+#else
+    CancelGuard() noexcept {
+        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_former);
+    }
+    ~CancelGuard() {
+        pthread_setcancelstate(m_former, nullptr);
+    }
+#endif
+    CancelGuard(const CancelGuard&) = delete;
+    CancelGuard& operator=(const CancelGuard&) = delete;
+
+#if !defined(_WIN32)
+  private:
+    int m_former = 0;
+#endif
+};
+
 /// The border: no exception leaves the library. Requests that memory cannot hold are out of range.
 template <class Body>
 int Border(Body&& body) noexcept {
+    const CancelGuard guard;
     try {
         return body();
     } catch (...) {

@@ -1,6 +1,7 @@
 #include "frame/TimeScale.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "model/Group.h"
 #include "model/Registries.h"
@@ -17,12 +18,13 @@ void ExtendTimeScale(float time) noexcept {
 }
 
 void RecomputeTimeScale() noexcept {
-    float largest = 0.0F;
+    constexpr float kNone = -std::numeric_limits<float>::infinity();
+    float largest = kNone;
     for (const CGroup* group : g_animatedGroups) {
         largest = std::max(largest, group->Motion()->LastTime());
     }
     for (const CSceneObject* object : g_animatedObjects) {
         largest = std::max(largest, object->Motion()->LastTime());
     }
-    g_timeScaleMax = largest;
+    g_timeScaleMax = largest == kNone ? 0.0F : largest;
 }

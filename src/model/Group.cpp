@@ -33,6 +33,7 @@ CGroup::CGroup(CGroup* parent, const std::string& label)
 }
 
 std::unique_ptr<CGroup> CGroup::New(CGroup* parent, bool colCheck, const std::string& label) {
+    RequireNextId(g_nextGroupId);
     std::unique_ptr<CGroup> group(
         new CGroup(parent, label.empty() ? label : g_labels.MakeUnique(label)));
     if (colCheck)

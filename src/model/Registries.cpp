@@ -1,22 +1,41 @@
 #include "model/Registries.h"
 
+#include <limits>
+#include <memory>
+#include <new>
+
 #include "model/Group.h"
 #include "model/SceneObject.h"
 #include "model/neighbours.h"
+
+namespace {
+
+template <class T>
+T& NeverDestroyed() {
+    return *std::make_unique<T>().release();
+}
+
+}  // namespace
 
 CCollisionNeighbour* g_collision = nullptr;
 CDisplayNeighbour* g_visualiser = nullptr;
 CPanelNeighbour* g_controlPanel = nullptr;
 
-std::map<int, CGroup*> g_groups;
-std::map<int, CSceneObject*> g_objects;
-CLabels g_labels;
-std::set<CGroup*, CIdLess> g_animatedGroups;
-std::set<CSceneObject*, CIdLess> g_animatedObjects;
+std::map<int, CGroup*>& g_groups = NeverDestroyed<std::map<int, CGroup*>>();
+std::map<int, CSceneObject*>& g_objects = NeverDestroyed<std::map<int, CSceneObject*>>();
+CLabels& g_labels = NeverDestroyed<CLabels>();
+std::set<CGroup*, CIdLess>& g_animatedGroups = NeverDestroyed<std::set<CGroup*, CIdLess>>();
+std::set<CSceneObject*, CIdLess>& g_animatedObjects =
+    NeverDestroyed<std::set<CSceneObject*, CIdLess>>();
 int g_nextGroupId = 0;
 int g_nextObjectId = 0;
 float g_currentTime = 0;
 float g_timeScaleMax = 0;
+
+void RequireNextId(int next) {
+    if (next == std::numeric_limits<int>::max())
+        throw std::bad_alloc();
+}
 
 bool CIdLess::operator()(const CGroup* a, const CGroup* b) const noexcept {
     return a->Id() < b->Id();

@@ -1,7 +1,8 @@
 #pragma once
 
 /// All that lives in the scene, by id, by label and by motion. Nothing here owns: groups and
-/// objects enter and leave by themselves.
+/// objects enter and leave by themselves. The registries stand until the process ends, also for
+/// calls out of a host's static destructors.
 
 #include <map>
 #include <set>
@@ -17,17 +18,19 @@ struct CIdLess {
     bool operator()(const CSceneObject* a, const CSceneObject* b) const noexcept;
 };
 
-extern std::map<int, CGroup*> g_groups;
-extern std::map<int, CSceneObject*> g_objects;
-extern CLabels g_labels;
+extern std::map<int, CGroup*>& g_groups;
+extern std::map<int, CSceneObject*>& g_objects;
+extern CLabels& g_labels;
 
 /// Those with key states.
-extern std::set<CGroup*, CIdLess> g_animatedGroups;
-extern std::set<CSceneObject*, CIdLess> g_animatedObjects;
+extern std::set<CGroup*, CIdLess>& g_animatedGroups;
+extern std::set<CSceneObject*, CIdLess>& g_animatedObjects;
 
 /// Ids are never given out twice between two starts of the library.
 extern int g_nextGroupId;
 extern int g_nextObjectId;
+/// Throws std::bad_alloc when there is no id left but `next`.
+void RequireNextId(int next);
 
 /// The time last set, and the largest time of any key state seen; both in the host's unit of time.
 extern float g_currentTime;

@@ -21,7 +21,9 @@ CSceneObject::CSceneObject(ObjectType type, CGroup* group, std::string label, in
       m_group(group),
       m_label(std::move(label)),
       m_type(type),
-      m_primitiveCount(primitiveCount) {}
+      m_primitiveCount(primitiveCount) {
+    RequireNextId(m_id);
+}
 
 CSceneObject::~CSceneObject() = default;
 

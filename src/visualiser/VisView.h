@@ -10,7 +10,7 @@ class ProfileStore;
 }
 
 /// One of the four views on the scene. The record stands for the whole run, also without a display
-/// and while its window is closed, and keeps what has been set for it. Placement, clipping, fog and
+/// and while its window is closed, and holds what is set for it. Placement, clipping, fog and
 /// speed come from the per-user store and go back there when the record goes.
 class CVisView {
   public:

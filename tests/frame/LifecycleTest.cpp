@@ -1,6 +1,7 @@
 #include <cstdlib>
 
 #include "Library.h"
+#include "model/Registries.h"
 
 namespace {
 
@@ -54,6 +55,36 @@ TEST_F(Library, EmptyingTheRootKeepsIdsCounting) {
     EXPECT_EQ(0, IdOf("Root group"));
     EXPECT_EQ(group + 1, Group(0, true, "arm"));
     EXPECT_EQ(box + 1, Box(group + 1, 0, 0, 0, "box"));
+}
+
+TEST_F(Library, TheTimeScaleReachesToTheLastKeyState) {
+    const int group = Group();
+    const int object = Box(group, 0, 0, 0);
+    const auto clear = [&] {
+        EXPECT_EQ(KST_OK, KST_ClearObjectKeyStates(object));
+        EXPECT_EQ(KST_OK, KST_ClearGroupKeyStates(group));
+    };
+    clear();
+    const auto groupKey = [&](float time) {
+        return KST_AddGroupKeyState(group, time, nullptr, nullptr, nullptr, false);
+    };
+    const auto objectKey = [&](float time) {
+        return KST_AddObjectKeyState(object, time, nullptr, nullptr, nullptr, false);
+    };
+    EXPECT_EQ(KST_OK, groupKey(5));
+    EXPECT_EQ(KST_OK, objectKey(9));
+    EXPECT_EQ(KST_ERROR_TIME_ORDER, objectKey(8));
+    EXPECT_EQ(9.0F, g_timeScaleMax);
+    EXPECT_EQ(KST_OK, KST_ClearObjectKeyStates(object));
+    EXPECT_EQ(5.0F, g_timeScaleMax);
+    EXPECT_EQ(KST_OK, KST_ClearGroupKeyStates(group));
+    EXPECT_EQ(0.0F, g_timeScaleMax);
+    // Times below 0 are times like others.
+    EXPECT_EQ(KST_OK, groupKey(-5));
+    EXPECT_EQ(KST_OK, objectKey(-9));
+    EXPECT_EQ(KST_OK, KST_ClearObjectKeyStates(object));
+    EXPECT_EQ(-5.0F, g_timeScaleMax);
+    clear();
 }
 
 TEST_F(Library, MovesWhatStandsInAGroupAndTurnsInTheDocumentedOrder) {

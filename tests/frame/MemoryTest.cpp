@@ -218,6 +218,41 @@ TEST_F(Memory, QueriesCanBeAskedAgain) {
     }
 }
 
+/// The depth of round bodies takes lists that grow beyond what finding the pairs has taken.
+TEST_F(Memory, DepthsThatRunOutLeaveNoFindings) {
+    const int cylinders = Group();
+    const int cones = Group();
+    for (int i = 0; i < 3; ++i) {
+        const float x = 0.2F * static_cast<float>(i);
+        ASSERT_EQ(KST_OK, KST_CreateCylinder(cylinders, 1, 2, x, 0, 0, nullptr, nullptr));
+        ASSERT_EQ(KST_OK, KST_CreateCone(cones, 1, 2, 0, x, 0.1F, nullptr, nullptr));
+    }
+    int count = -7;
+    FailAtEachAllocation([&] { return KST_GetPenetrationDepths(cylinders, cones, &count); },
+                         [&] {
+                             ASSERT_EQ(-7, count);
+                             ASSERT_TRUE(Results(0).empty());
+                         });
+    EXPECT_EQ(9, count);
+}
+
+TEST_F(Memory, AMoveBetweenGroupsIsSeenByQueries) {
+    const int far = Group();
+    for (int i = 0; i < 40; ++i) {
+        const int id = Box(far, 100, 0, 0);
+        // Whether the class can grow or not, the object has moved.
+        t_allocationsLeft = 0;
+        const int status = KST_MoveObject(id, group);
+        t_allocationsLeft = -1;
+        ASSERT_EQ(KST_OK, status);
+        int count = -7;
+        ASSERT_EQ(KST_OK, KST_CheckPointCollision(far, 100, 0, 0, true, &count));
+        EXPECT_EQ(0, count);
+        ASSERT_EQ(KST_OK, KST_CheckPointCollision(group, 100, 0, 0, true, &count));
+        EXPECT_EQ(i + 1, count);
+    }
+}
+
 TEST(MemoryAtStart, AFailedStartCanBeTriedAgain) {
     FailAtEachAllocation([] { return KST_Initialisation(false, false, false); },
                          [] { ASSERT_EQ(KST_ERROR_NOT_INITIALISED, KST_SetTime(0)); });

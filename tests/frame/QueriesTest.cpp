@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <random>
 #include <set>
 #include <utility>
 
@@ -33,7 +34,10 @@ class Queries : public Library {
         Pairs pairs;
         for (const KstCollisionResult& r : Results(count)) {
             EXPECT_EQ(-1.0F, r.value);
-            EXPECT_EQ(0.0F, r.point1[0] + r.point2[2]);
+            for (int i = 0; i < 3; ++i) {
+                EXPECT_EQ(0.0F, r.point1[i]);
+                EXPECT_EQ(0.0F, r.point2[i]);
+            }
             pairs.emplace_back(r.id1, r.id2);
         }
         return pairs;
@@ -95,6 +99,39 @@ TEST_F(Queries, LinesHitInEveryDirectionUpToTheirVeryEnds) {
     EXPECT_EQ((std::vector<int>{ball}), OnLine(group, {3, 4, 5}, {3, 4 + 1e-6F, 5}));
     EXPECT_TRUE(OnLine(group, {3, 4, 5}, {3, kInfinity, 5}).empty());
     EXPECT_TRUE(AtPoint(group, std::nanf(""), 4, 5).empty());
+}
+
+/// The matrix of a turned sphere is a rotation only as well as floats can say, whichever query
+/// asks.
+TEST_F(Queries, TurnedSpheresThatJustTouchAreFoundByEveryQuery) {
+    const int balls = Group();
+    const int things = Group();
+    int ball = -1;
+    ASSERT_EQ(KST_OK, KST_CreateSphere(balls, 1, 1, 0, 0, &ball, nullptr));
+    ASSERT_EQ(KST_OK, KST_CreateSphere(things, 1, -1, 0, 0, nullptr, nullptr));
+    ASSERT_EQ(KST_OK, KST_CreateBox(things, 1, 1, 1, -0.5F, 0, 0, nullptr, nullptr));
+    const float triangle[] = {0, -1, -1, 0, 1, -1, 0, 0, 1};
+    ASSERT_EQ(KST_OK, KST_CreateTriangles(things, 1, triangle, nullptr, nullptr));
+    std::mt19937 random(5);
+    std::normal_distribution<float> normal;
+    int touching = 0;
+    for (int i = 0; i < 500; ++i) {
+        float q[4];
+        float length = 0;
+        for (float& part : q) {
+            part = normal(random);
+            length += part * part;
+        }
+        length = std::sqrt(length);
+        ASSERT_EQ(KST_OK, KST_SetObjectQuaternion(ball, q[0] / length, q[1] / length, q[2] / length,
+                                                  q[3] / length));
+        const auto near = Distances(balls, things);
+        const auto contacts =
+            std::count_if(near.begin(), near.end(), [](const auto& r) { return r.value == 0; });
+        EXPECT_EQ(static_cast<std::size_t>(contacts), Touching(balls, things).size());
+        touching += contacts > 0;
+    }
+    EXPECT_GT(touching, 100);
 }
 
 TEST_F(Queries, GroupsReportEachTouchingPair) {

@@ -85,6 +85,10 @@ void ReplaceFile(const fs::path& file, const std::string& text) {
         if (!WriteNewFile(temporary, text)) {
             continue;
         }
+        const fs::file_status former = fs::status(target, error);
+        if (!error && former.type() == fs::file_type::regular) {
+            fs::permissions(temporary, former.permissions(), error);
+        }
         fs::rename(temporary, target, error);
         if (error) {
             fs::remove(temporary, error);

@@ -30,7 +30,7 @@ struct Simplex {
 };
 
 struct GjkResult {
-    /// The bodies (cores with their radii) touch. The same for every `what` that was asked.
+    /// The bodies (cores with their radii) touch. The same for every question.
     bool contact = false;
     /// The cores themselves touch: there is no direction from one to the other.
     bool coresTouch = false;

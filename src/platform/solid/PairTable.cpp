@@ -71,8 +71,7 @@ bool GjkPenetration(const Core& a, const Core& b, PointPair& result) {
     return true;
 }
 
-// ---- A point (with its radius, a sphere) against a core in closed form
-// ---------------------------
+// ---- A point (with a radius: a sphere) in closed form -------------------------------------------
 
 using PlaceFunction = PointPlace (*)(const Core&, const Vec3&);
 

@@ -1,6 +1,9 @@
 #include "platform/solid/Shape.h"
 
+#include <algorithm>
+
 #include "platform/solid/MeshTree.h"
+#include "platform/solid/Tolerances.h"
 
 namespace solid {
 
@@ -83,10 +86,14 @@ void Shape::BuildPolytope(std::vector<Vec3> points) {
 }
 
 void Shape::BuildMesh(const std::vector<Vec3>& points, const std::vector<int>& counts) {
+    // Of the polygons that stay: one that is left out must not move the middle of the others.
     Aabb bounds;
-    for (const Vec3& p : points) {
-        if (IsFinite(p))
-            bounds.Include(p);
+    auto first = points.begin();
+    for (const int count : counts) {
+        const auto last = first + count;
+        if (std::all_of(first, last, [](const Vec3& p) { return IsFinite(p); }))
+            std::for_each(first, last, [&bounds](const Vec3& p) { bounds.Include(p); });
+        first = last;
     }
     if (bounds.IsEmpty())
         return;
@@ -146,6 +153,10 @@ Aabb Shape::WorldBox(const Affine& placement, double margin) const {
             break;
         }
     }
+    // The closed forms take a placement that is a rotation but for rounding for one.
+    if (m_kind == ShapeKind::kSphere || m_kind == ShapeKind::kBox ||
+        m_kind == ShapeKind::kCylinder || m_kind == ShapeKind::kCone)
+        extent *= 1 + 4 * kRigid;
     Aabb box{centre - extent, centre + extent};
     box.Grow(margin);
     return box;

@@ -60,8 +60,9 @@ class Shape {
     /// Of a mesh.
     const MeshTree& Mesh() const { return *m_mesh; }
     bool IsEmpty() const { return m_empty; }
-    /// The tightest axis-parallel box of the shape placed by `placement` and grown by `margin`, in
-    /// world coordinates, exact for all kinds but meshes, whose box is that of their placed bounds.
+    /// An axis-parallel box of the shape placed by `placement` and grown by `margin`, in world
+    /// coordinates: larger than the tightest by no more than what kRigid lets pass; of a mesh that
+    /// of its placed bounds.
     Aabb WorldBox(const Affine& placement, double margin) const;
 
   private:

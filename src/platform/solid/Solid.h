@@ -13,7 +13,8 @@
 /// Ownership: each `New`/`Create` call gives a handle that the caller releases with the matching
 /// `Delete`/`Destroy`. A shape must outlive the objects made of it, an object must leave its scene
 /// before either is destroyed. No function throws but std::bad_alloc, and none of those that
-/// remove, destroy, place or free does; a call that throws has changed nothing.
+/// remove, destroy, place or free does; a call that throws has changed nothing, but
+/// that a shape left open is finished when the next one is begun.
 ///
 /// Threads: calls on one scene, its objects, and its tables must not overlap in time.
 

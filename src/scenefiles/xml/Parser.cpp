@@ -236,7 +236,7 @@ std::string Parser::CheckLimits() const {
     return "";
 }
 
-void Parser::OnError(void* context, xmlErrorPtr error) {
+void Parser::OnError(void* context, ErrorPtr error) {
     Guarded(context, [error](Parser& self) {
         if (self.m_refused || error->level < XML_ERR_ERROR || error->domain == XML_FROM_NAMESPACE) {
             return;
@@ -247,7 +247,7 @@ void Parser::OnError(void* context, xmlErrorPtr error) {
     });
 }
 
-void Parser::OnThreadError(void* parser, xmlErrorPtr error) {
+void Parser::OnThreadError(void* parser, ErrorPtr error) {
     OnError(static_cast<Parser*>(parser)->m_parser.get(), error);
 }
 

@@ -37,9 +37,15 @@ class Parser {
     const std::string& GetError() const { return m_error; }
 
   private:
+#if LIBXML_VERSION >= 21200
+    using ErrorPtr = const xmlError*;
+#else
+    using ErrorPtr = xmlErrorPtr;
+#endif
+
     static int OnRead(void* parser, char* buffer, int size);
-    static void OnError(void* context, xmlErrorPtr error);
-    static void OnThreadError(void* parser, xmlErrorPtr error);
+    static void OnError(void* context, ErrorPtr error);
+    static void OnThreadError(void* parser, ErrorPtr error);
     static void OnStartDocument(void* context);
     static void OnInternalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
                                  const xmlChar* systemId);
