@@ -33,8 +33,9 @@
  * function in the order in which the tests are made. Three hold everywhere and are not repeated:
  * KST_ERROR_NOT_INITIALISED from every function but KST_Initialisation while the library is not
  * running, KST_ERROR_ARGUMENT when a pointer is null that may not be, and KST_ERROR_ARGUMENT when
- * there is not enough memory. A refused call changes nothing and writes through no pointer. Range
- * tests let a value pass that is not a number (NaN).
+ * there is not enough memory. A refused call changes nothing, KST_LoadScene and the
+ * findings of a query apart, and writes through no pointer. Range tests let a value pass that is
+ * not a number (NaN).
  *
  * Ids. Groups and objects are named by two separate counters that start at 0 with each
  * KST_Initialisation; an id is never given out twice. Group 0 is the root group, labelled "Root
@@ -424,7 +425,8 @@ KST_API int KST_SetGroupOrientation(int id, float x, float y, float z);
 KST_API int KST_SetGroupScaling(int id, float x, float y, float z);
 
 /*
- * Turns a group by a quaternion, w its scalar part; it need not have length 1. Replaces a former
+ * Turns a group by a quaternion, w its scalar part; it need not have length 1, and
+ * with length 0 turns nothing. Replaces a former
  * orientation. KST_ERROR_UNKNOWN_GROUP; KST_ERROR_ANIMATED.
  */
 KST_API int KST_SetGroupQuaternion(int id, float x, float y, float z, float w);
@@ -497,15 +499,16 @@ KST_API int KST_SetGroupVisibility(int id, int view, bool visible);
 /*
  * Adds a key state to the motion of a group: its pose and scale at one time. From then on the group
  * is animated: it goes where its key states say for the time of KST_SetTime, between two of them on
- * the straight line and the shortest turn, before the first and after the last standing still, and
- * it cannot be placed directly. It takes its pose for the present time at once.
+ * the straight line and the shortest turn, before the first and after the last standing still (a
+ * cyclic motion repeats there too), and it cannot be placed directly. It takes its pose for the
+ * present time at once.
  *
  * time          Not before the group's last key state; equal times make a jump. After
  *               KST_SetGroupCyclic alone: not below 0.
  * pos           Three floats: position.
  * orient        Three angles as for KST_SetGroupOrientation or, with isQuaternion, four floats x,
  *               y, z, w.
- * scale         Three floats: factors.
+ * scale         Three floats: factors, of any sign.
  * isQuaternion  How to read orient.
  *
  * Each of the three arrays may be null: as in the last key state, in the first one as the group
@@ -860,6 +863,11 @@ KST_API int KST_GetID(int* id, const char* label);
  * missing, not well-formed or not valid, if files include each other in a ring, more than 64 deep,
  * or more than 4096 in all; else the code of the element that ended the reading. What was read
  * before a failure stays in the scene: give a load a group of its own to be able to take it back.
+ *
+ * An object that is refused is left out and the reading goes on; its code is returned only if it
+ * was the last in its group or scene. So KST_OK does not say that all objects are there. An
+ * orientation or scale out of range on an object, a colour out of range, and a key state out of
+ * order give no code, nor does text that is no number, which reads as 0.
  */
 KST_API int KST_LoadScene(const char* fileName, int group, char** errorText);
 
