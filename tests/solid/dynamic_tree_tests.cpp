@@ -137,7 +137,7 @@ TEST_F(TreeTest, LinesOfItemsAndEqualItems) {
                               std::function<FloatBox(std::uint32_t)>(equal),
                               std::function<FloatBox(std::uint32_t)>(growing),
                               std::function<FloatBox(std::uint32_t)>(outwards)}) {
-        m_tree.Clear();
+        m_tree = DynamicTree();
         m_boxes.clear();
         for (std::uint32_t id = 0; id < kMany; ++id) {
             Insert(id, boxOf(id));

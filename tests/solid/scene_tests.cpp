@@ -407,6 +407,27 @@ TEST_F(SceneTest, OnlyObjectsOfTheSceneAndOfTheTableCount) {
     EXPECT_EQ(DT_Test(otherScene.get(), m_table.get()), 1u);
 }
 
+/// A scene that has lost most of its objects gives memory back; the rest stay where they were.
+TEST_F(SceneTest, AnswersHoldWhileASceneShrinksAndGrowsAgain) {
+    AddRule({0}, {0, 1});
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 3000; ++i) {
+            AddBody(NewCube(), i % 2,
+                    At(0.75F * static_cast<float>(i % 50), 0.75F * static_cast<float>(i / 50), 0));
+        }
+        EXPECT_GT(Test(), 1000u);
+        while (m_bodies.size() > 40) {
+            // From the front, the middle and the back.
+            m_bodies.erase(m_bodies.begin() + static_cast<std::ptrdiff_t>(
+                                                  m_bodies.size() * (m_bodies.size() % 3) / 3));
+            if (m_bodies.size() % 64 == 0 && m_bodies.size() < 512) {
+                ExpectAsBruteForce();
+            }
+        }
+        ExpectAsBruteForce();
+    }
+}
+
 TEST_F(SceneTest, TablesScenesAndObjectsMayGoInAnyOrder) {
     const auto a = NewCube();
     auto b = NewCube();

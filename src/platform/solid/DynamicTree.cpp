@@ -434,12 +434,4 @@ double DynamicTree::InnerCost() const {
     return cost;
 }
 
-void DynamicTree::Clear() noexcept {
-    std::vector<Pair>().swap(m_pairs);
-    std::vector<std::uint32_t>().swap(m_leafOf);
-    m_count = m_changes = 0;
-    m_freePair = kNone;
-    m_ordered = false;
-}
-
 }  // namespace solid

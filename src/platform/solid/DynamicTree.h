@@ -100,8 +100,6 @@ class DynamicTree {
     /// True when single changes have been so many that it should be built anew; it is right in any
     /// case.
     bool WantsBuild() const { return m_changes > 2 * m_count + 64; }
-    /// Gives the memory back.
-    void Clear() noexcept;
 
     /// Calls `visit(id)` once for each item whose box in the tree overlaps `box`.
     template <class Visit>

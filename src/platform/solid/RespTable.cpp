@@ -98,6 +98,9 @@ void RespTable::Leave(const Membership& membership) noexcept {
     objects[membership.index] = last;
     last->FindMembership(*this)->index = membership.index;
     objects.pop_back();
+    if (objects.empty()) {
+        std::vector<Object*>().swap(objects);
+    }
 }
 
 void RespTable::Forget(Object& object) noexcept {

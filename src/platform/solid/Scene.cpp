@@ -1,6 +1,8 @@
 #include "platform/solid/Scene.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 #include "platform/solid/Growth.h"
 
@@ -15,6 +17,10 @@ constexpr float kFattening = 0.1f;
 /// number, the whole tree is treated at once. Estimates: neither changes an answer.
 constexpr std::size_t kBulkShare = 6;
 constexpr std::size_t kBulkLeast = 16;
+/// A scene with fewer objects than one in so many of its places, and more places than the least
+/// number, gives memory back. The share is well below that of growing, so that it pays for itself.
+constexpr std::size_t kShrinkShare = 16;
+constexpr std::size_t kShrinkLeast = 1024;
 
 }  // namespace
 
@@ -66,11 +72,37 @@ void Scene::Remove(Object& object) noexcept {
     m_entries[slot].object = nullptr;
     m_entries[slot].pending = m_free;
     m_free = slot;
-    if (--m_count == 0) {
-        std::vector<Entry>().swap(m_entries);
-        std::vector<std::uint32_t>().swap(m_pending);
-        m_tree.Clear();
+    --m_count;
+    if (m_entries.capacity() > kShrinkLeast && m_count < m_entries.capacity() / kShrinkShare) {
+        Shrink();
+    }
+}
+
+void Scene::Shrink() noexcept {
+    try {
+        std::vector<Entry> entries;
+        std::vector<std::uint32_t> pending;
+        DynamicTree tree;
+        entries.reserve(m_count);
+        pending.reserve(m_count);
+        tree.Reserve(m_count);
+        for (const Entry& entry : m_entries) {
+            if (entry.object != nullptr) {
+                const auto slot = static_cast<std::uint32_t>(entries.size());
+                entries.emplace_back().object = entry.object;
+                entries.back().pending = slot;
+                pending.push_back(slot);
+            }
+        }
+        for (std::uint32_t slot = 0; slot < entries.size(); ++slot) {
+            entries[slot].object->m_slot = slot;
+        }
+        m_entries.swap(entries);
+        m_pending.swap(pending);
+        m_tree = std::move(tree);
         m_free = kNone;
+    } catch (const std::bad_alloc&) {
+        // It stays as large as it is.
     }
 }
 

@@ -78,6 +78,8 @@ class Scene {
     };
 
     static void Refresh(Entry& entry) noexcept;
+    /// Gives the objects new slots in arrays no larger than they need.
+    void Shrink() noexcept;
     /// Takes out of m_pending, from place `first` on, what needs no other place in the tree.
     void Settle(std::size_t first) noexcept;
     void UpdateFrom(std::size_t first);
