@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
 
 /// What the elements of a scene file, and of all files that it includes, ask for.
@@ -11,5 +10,10 @@ struct FileContent {
     std::size_t keyStates = 0;
 };
 
-/// Of an XML scene that loads; nothing if that cannot be told, as where it includes a VRML file.
-std::optional<FileContent> CountFileContent(const std::string& file);
+/// Throws Failure, which names the element, where the library does not read an XML scene as it is
+/// written: numbers that are none or out of range, includes that it passes over.
+FileContent ReadFileContent(const std::string& file);
+
+/// The library passes over a name with another suffix without a word. Throws Failure with `context`
+/// in front.
+void RequireSceneSuffix(const std::string& file, const std::string& context);

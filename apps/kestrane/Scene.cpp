@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -19,18 +21,15 @@ namespace {
 
 constexpr int kRootGroup = 0;
 
-/// The library passes over a name with another suffix without a word.
-void RequireSceneSuffix(const std::string& file) {
-    if (!HasSuffix(file, ".xml") && !HasSuffix(file, ".wrl"))
-        throw Failure(Quoted(file) +
-                      " is not a scene file: its name ends neither in .xml nor in .wrl");
-}
-
 [[noreturn]] void FailToLoad(const std::string& file, int code, const char* errorText) {
     // Only a file problem writes a text; with other codes there is none, or that of another load.
     std::string text = code == KST_ERROR_FILE && errorText ? OneLine(errorText) : "";
     if (text.find(file) != std::string::npos)
         throw Failure(text);
+    std::error_code error;
+    // The library does not tell which element or included file it is about; this mostly does.
+    if (HasSuffix(file, ".xml") && std::filesystem::exists(file, error))
+        ReadFileContent(file);
     if (code == KST_ERROR_UNKNOWN_GROUP)
         text = "an object stands outside of all groups; put it into a <group>";
     else if (code == KST_ERROR_ARGUMENT)
@@ -48,22 +47,20 @@ std::string RefusedText(std::size_t refused, std::size_t all, const char* noun) 
 /// The library goes on past an object or key state that it refuses, and a load may succeed all the
 /// same. An answer about a scene with holes in it would be wrong.
 void RequireAllLoaded(const std::string& file) {
-    const auto wanted = CountFileContent(file);
-    if (!wanted)
-        return;
+    const FileContent wanted = ReadFileContent(file);
     std::size_t keyStates = 0;
     for (const CGroup* group : g_animatedGroups)
         keyStates += group->Motion()->Keys().size();
     for (const CSceneObject* object : g_animatedObjects)
         keyStates += object->Motion()->Keys().size();
-    if (g_objects.size() < wanted->objects)
+    if (g_objects.size() < wanted.objects)
         throw Failure(file + ": " +
-                      RefusedText(wanted->objects - g_objects.size(), wanted->objects, "objects") +
+                      RefusedText(wanted.objects - g_objects.size(), wanted.objects, "objects") +
                       ": outside of all groups, with a label that is in use, a size below 0, or "
                       "too few points");
-    if (keyStates < wanted->keyStates)
+    if (keyStates < wanted.keyStates)
         throw Failure(file + ": " +
-                      RefusedText(wanted->keyStates - keyStates, wanted->keyStates, "key states") +
+                      RefusedText(wanted.keyStates - keyStates, wanted.keyStates, "key states") +
                       ": times that go down, or an angle out of range");
 }
 
@@ -120,7 +117,7 @@ std::vector<int> ObjectIds(int count) {
 }  // namespace
 
 Scene::Scene(const std::string& file) : m_file(file) {
-    RequireSceneSuffix(file);
+    RequireSceneSuffix(file, "");
     Require(KST_Initialisation(false, false, false), "start");
     char* errorText = nullptr;
     const int code = KST_LoadScene(file.c_str(), kRootGroup, &errorText);

@@ -342,6 +342,32 @@ class BadInput(SceneCase):
                 path = self.write(name + ".xml", items)
                 self.assert_failure(run("info", path), path, *words)
 
+    def test_what_would_not_be_read_as_written(self):
+        box = '<box label="b" width="1" height="1" depth="1">{}</box>'.format
+        mesh = "<triangles><triangle>" + 2 * '<point x="0" y="0" z="0"/>' + '<point x="0" y="0" z="1,5"/></triangle></triangles>'
+        for name, items, *words in (
+            ("turn", box('<or x="0" y="0" z="-1.5707963"/>'), 'box "b" / or', 'z="-1.5707963"', "angle"),
+            ("far", box('<or x="6.2832" y="0" z="0"/>'), 'x="6.2832"'),
+            ("mirror", box('<scale x="-2" y="1" z="1"/>'), 'box "b" / scale', 'x="-2"'),
+            ("word", '<box width="1" height="1" depth="1"/><box width="abc" height="1" depth="1"/>', "box #2", 'width="abc" is not a number'),
+            ("comma", '<pos x="1,5" y="0" z="0"/>', 'group "a" / pos', '"1,5" is not a number'), ("mesh", mesh, "point #3"),
+            ("huge", '<sphere radius="1e39"/>', 'radius="1e39"', "finite"), ("nan", box('<pos x="nan" y="0" z="0"/>'), "finite"),
+            ("blank", box('<pos x="" y="0" z="0"/>'), 'x="" is not'), ("motion", '<motion><keyState time="1s"/></motion>', 'time="1s"'),
+            # Passed over, with a hole behind it.
+            ("other", '<include fileName="parts.txt"/>' + 2 * box(""), "parts.txt", ".xml"),
+            ("gone", '<include fileName="absent.xml"/>', "absent.xml does not exist"), ("included", '<include fileName="turn.xml"/>', "turn.xml: ", "angle"),
+        ):
+            with self.subTest(name):
+                path = self.write(name + ".xml", f'<group label="a" colCheck="true">{items}</group>')
+                self.assert_failure(run("check", path, "a", "a"), ".xml: ", *words)
+        path = self.folder / "top.xml"
+        path.write_text('<!DOCTYPE group SYSTEM "kestrane.dtd"><group label="a"/>')
+        self.assert_failure(run("info", path), "top.xml", "<group>", "<scene>")
+
+        fine = '<or x=" 6.2831853 " y="0x1p0" z="-0"/><or x="-1" y="0" z="0"/>'
+        path = self.write("fine.xml", f'<group>{box(fine)}<motion><keyState time="0"><scale x="-1" y="1" z="1"/></keyState></motion></group>')
+        self.assertEqual(run("info", path).returncode, 0)
+
     def test_upper_case_suffix_and_labels_with_control_characters(self):
         path = self.write("LINES.XML", '<group label="a&#10;b&#9;c" colCheck="true"/>')
         done = run("info", path)
