@@ -1,12 +1,25 @@
 #include "PairQuery.h"
 
+#include <algorithm>
+#include <cmath>
+
+#include "Failure.h"
 #include "Names.h"
 #include "Numbers.h"
 
 namespace {
 
-std::string PointText(const float (&point)[3]) {
-    return "(" + ShortText(point[0]) + " " + ShortText(point[1]) + " " + ShortText(point[2]) + ")";
+/// The largest of the coordinates.
+float Size(const float (&point)[3]) {
+    return std::max({std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
+}
+
+/// With 0 for what is no more than `noise`, the rounding of the other coordinates.
+std::string PointText(const float (&point)[3], float noise) {
+    const auto text = [noise](float value) {
+        return std::abs(value) <= noise ? std::string("0") : ShortText(value);
+    };
+    return "(" + text(point[0]) + " " + text(point[1]) + " " + text(point[2]) + ")";
 }
 
 Json PointJson(const float (&point)[3]) {
@@ -18,9 +31,19 @@ std::string PairLine(const KstCollisionResult& result, bool hasValue) {
     if (hasValue)
         line += ShortText(result.value) + "  ";
     line += PairName(result);
-    if (hasValue)
-        line += ", at " + PointText(result.point1) + " and " + PointText(result.point2);
+    if (hasValue) {
+        const float noise = 1e-7F * std::max(Size(result.point1), Size(result.point2));
+        line +=
+            ", at " + PointText(result.point1, noise) + " and " + PointText(result.point2, noise);
+    }
     return line + "\n";
+}
+
+std::string UncheckedLine(int group, int count, const char* reason) {
+    if (count == 0)
+        return "";
+    return "not checked: " + Count(static_cast<std::size_t>(count), "object") + " below " +
+           GroupName(group) + " " + reason + "\n";
 }
 
 }  // namespace
@@ -49,6 +72,8 @@ Scene& PairQuery::Open() {
     m_group1 = scene.FindGroup(name1);
     m_group2 = scene.FindGroup(name2);
     scene.SetTime(time);
+    RequireChecked(m_group1);
+    RequireChecked(m_group2);
     return scene;
 }
 
@@ -84,16 +109,26 @@ Json CheckedGroupJson(int group) {
     const CheckedObjects count = CountCheckedObjects(group);
     Json json = GroupJson(group);
     json["checkedObjects"] = count.checked;
-    json["uncheckedObjects"] = count.unchecked;
+    json["uncheckedObjects"] = count.Unchecked();
     return json;
 }
 
 std::string UncheckedNote(int group) {
-    const auto unchecked = static_cast<std::size_t>(CountCheckedObjects(group).unchecked);
-    if (unchecked == 0)
-        return "";
-    return "not checked: " + Count(unchecked, "object") + " below " + GroupName(group) +
-           " in groups without collision capability\n";
+    const CheckedObjects count = CountCheckedObjects(group);
+    return UncheckedLine(group, count.incapable, "in groups without collision capability") +
+           UncheckedLine(group, count.unplaced, "whose place is not finite");
+}
+
+void RequireChecked(int group) {
+    const CheckedObjects count = CountCheckedObjects(group);
+    if (count.checked > 0)
+        return;
+    const char* const reason = count.unplaced > 0    ? "the place of its objects is not finite"
+                               : count.incapable > 0 ? "its objects are in groups without "
+                                                       "collision capability"
+                               : count.polylines > 0 ? "it holds polylines alone"
+                                                     : "it holds no object";
+    throw Failure("nothing to check: " + GroupName(group) + ": " + reason);
 }
 
 Json PairJson(const KstCollisionResult& result, const std::string& value) {

@@ -47,9 +47,10 @@ class PairQuery {
 std::string CheckedGroupName(int group);
 /// As GroupJson, with "checkedObjects" and "uncheckedObjects".
 Json CheckedGroupJson(int group);
-/// A line that says so if objects of the group are not checked for lack of capability, else
-/// nothing.
+/// A line for each reason for which objects of the group are not checked though they could be.
 std::string UncheckedNote(int group);
+/// Throws Failure if no object of the group is checked: that is no answer.
+void RequireChecked(int group);
 
 /// {"object1", "object2"}, and for a named value that with "point1" and "point2".
 Json PairJson(const KstCollisionResult& result, const std::string& value);

@@ -29,6 +29,7 @@ int ProbeQuery::Run(const std::string& command) {
     Scene scene(options.file);
     const int group = scene.FindGroup(name);
     scene.SetTime(time);
+    RequireChecked(group);
     const std::vector<int> hits =
         n == 3 ? scene.ObjectsAtPoint(group, points[0], !options.first)
                : scene.ObjectsOnLine(group, points[0], points[1], !options.first);

@@ -102,6 +102,14 @@ void SortByValue(std::vector<KstCollisionResult>& results, float sign) {
     });
 }
 
+/// Finite scales and positions of groups inside each other may multiply to what is not.
+bool IsPlaced(const CSceneObject& object) {
+    MAV_matrix matrix;
+    object.GetWorldMatrix(matrix);
+    return std::all_of(matrix.mat.begin(), matrix.mat.end(),
+                       [](float value) { return std::isfinite(value); });
+}
+
 std::string PairContext(int group1, int group2) {
     return GroupName(group1) + " and " + GroupName(group2);
 }
@@ -213,10 +221,12 @@ CheckedObjects CountCheckedObjects(int group) {
     g_groups.at(group)->CollectObjects(objects);
     CheckedObjects count;
     for (const CSceneObject* object : objects) {
-        if (object->IsInCollisionWorld())
-            ++count.checked;
-        else if (object->Type() != kTypePolyline)
-            ++count.unchecked;
+        if (object->Type() == kTypePolyline)
+            ++count.polylines;
+        else if (!object->IsInCollisionWorld())
+            ++count.incapable;
+        else
+            ++(IsPlaced(*object) ? count.checked : count.unplaced);
     }
     return count;
 }

@@ -42,10 +42,14 @@ class Scene {
     std::string m_file;
 };
 
-/// How many objects of a group and all below it take part in collisions, and how many do not though
-/// they could (polylines cannot): their own groups lack the capability.
+/// How many objects of a group and all below it take part in collisions now, and how many do not.
 struct CheckedObjects {
     int checked = 0;
-    int unchecked = 0;
+    int incapable = 0;  ///< their own groups lack the capability
+    int unplaced = 0;   ///< their place in the scene is not finite
+    int polylines = 0;  ///< which never take part
+
+    /// Those that could take part.
+    int Unchecked() const { return incapable + unplaced; }
 };
 CheckedObjects CountCheckedObjects(int group);

@@ -16,6 +16,7 @@
 #include "Failure.h"
 #include "Numbers.h"
 #include "Output.h"
+#include "PairQuery.h"
 #include "Scene.h"
 #include "SweepReport.h"
 
@@ -253,7 +254,10 @@ ExitStatus RunSweep(const SweepOptions& options) {
                                        : SweepFormat::kText;
     const auto report = MakeSweepReport(format);
     // Groups that cannot be checked against each other are refused before anything is printed.
+    scene.SetTime(plan.from);
     scene.Contacts(plan.group1, plan.group2, false);
+    RequireChecked(plan.group1);
+    RequireChecked(plan.group2);
     report->Start(plan);
     const SweepSummary summary = Sweep(scene, plan, *report).Run();
     report->Finish(summary);

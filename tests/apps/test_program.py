@@ -121,6 +121,22 @@ class Queries(SceneCase):
         self.assertEqual((answer["from"], answer["to"]), ([-1, 0, 0], [20, 0, 0]))
         self.assertEqual(run("line", self.scene, "wall", 8, 9, -9, 8, 9, 9).returncode, 0)
 
+    def test_nothing_to_check_is_no_answer(self):
+        box = '<box width="1" height="1" depth="1"/>'
+        line = '<polyline><line><point x="0" y="0" z="0"/><point x="1" y="0" z="0"/></line></polyline>'
+        many = 20 * '<group colCheck="true"><scale x="1000" y="1" z="1"/>' + box + 20 * "</group>"
+        scene = self.write("nothing.xml", f'''<group label="b" colCheck="true">{box}</group>
+            <group label="empty" colCheck="true"/><group label="lines" colCheck="true">{line}</group>
+            <group label="off" colCheck="true"><group>{box}</group></group><group label="vast" colCheck="true">{many}</group>''')
+        for group, reason in ("empty", "no object"), ("lines", "polylines"), ("off", "capability"), ("vast", "finite"):
+            for command in ("check",), ("distance",), ("depth", "--json"), ("sweep", "--from=0", "--to=1", "--step=1", "--csv"):
+                for groups in (group, "b"), ("b", group):
+                    with self.subTest((command, groups)):
+                        done = run(command[0], scene, *groups, *command[1:])
+                        self.assert_failure(done, "nothing to check", group, reason)
+                        self.assertEqual(done.stdout, "")
+            self.assert_failure(run("point", scene, group, 0, 0, 0), "nothing to check", reason)
+
     def test_groups_by_id_and_a_label_that_is_a_number(self):
         self.assertEqual(self.json_of(1, "check", self.scene, 1, 4, "--time", 5)["group2"]["label"], "post")
         # Group 7 is "shadow", which cannot be checked: the label counts.
@@ -303,7 +319,8 @@ class CommandLine(SceneCase):
         self.assert_failure(run("point", self.scene, "shadow", 0, 0, 0), "shadow", "colCheck")
 
     def test_group_named_as_a_command_or_an_option(self):
-        scene = self.write("names.xml", '<group label="info" colCheck="true"/><group label="--json" colCheck="true"/>')
+        ball = '<sphere radius="1"><pos x="{}" y="0" z="0"/></sphere></group>'.format
+        scene = self.write("names.xml", f'<group label="info" colCheck="true">{ball(0)}<group label="--json" colCheck="true">{ball(9)}')
         self.assertEqual(run("check", scene, "--", "info", "--json").returncode, 0)
         self.assertEqual(run("check", scene, "info", "2").returncode, 0)
 
