@@ -3,8 +3,11 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #if defined(_WIN32)
 #include <io.h>
@@ -178,16 +181,27 @@ class Sweep {
         m_progress.Clear();
         m_report.Stretch(*m_stretch);
         m_stretch.reset();
+        m_currentSpans.clear();
         ++m_summary.stretches;
     }
 
+    /// A pair that was free at the previous step begins a new span.
     void Extend(const SweepStep& step) {
-        m_stretch->end = step.time;
+        std::vector<PairSpan>& spans = m_stretch->spans;
+        std::map<std::pair<int, int>, std::size_t> current;
         for (const KstCollisionResult& contact : step.contacts) {
-            const auto [it, isNew] = m_stretch->pairs.try_emplace({contact.id1, contact.id2},
-                                                                  PairSpan{step.time, step.time});
-            it->second.last = step.time;
+            const std::pair ids(contact.id1, contact.id2);
+            const auto previous = m_currentSpans.find(ids);
+            if (previous == m_currentSpans.end()) {
+                current[ids] = spans.size();
+                spans.push_back({contact.id1, contact.id2, step.time, step.time});
+            } else {
+                current.insert(*previous);
+                spans[previous->second].last = step.time;
+            }
         }
+        m_currentSpans = std::move(current);
+        m_stretch->end = step.time;
     }
 
     /// Bisects between a free and a colliding time, in either order, until they are no further
@@ -209,6 +223,8 @@ class Sweep {
     Progress m_progress;
     std::optional<double> m_lastTime;
     std::optional<ContactStretch> m_stretch;
+    /// Of the pairs in contact at the last step, by their ids the numbers in the stretch's list.
+    std::map<std::pair<int, int>, std::size_t> m_currentSpans;
     SweepSummary m_summary;
 };
 
@@ -270,11 +286,13 @@ void AddSweepCommand(CLI::App& program, Action& action) {
     CLI::App& command = *program.add_subcommand(
         "sweep",
         "Check two groups at A, A + D, A + 2 D, ... and B, and report the stretches of time in\n"
-        "which they collide, which objects touch first, and for how long each pair does.");
+        "which they collide, which objects touch first, and when each pair was seen in contact.");
     command.footer(
         "Contact that comes and goes between two steps stays unseen: let the step be shorter "
         "than\n"
-        "what you need to find.\n"
+        "what you need to find. The times of a pair are those at which it was seen: steps, and "
+        "the\n"
+        "refined ends of the stretch.\n"
         "\nExamples:\n"
         "  kestrane sweep robot_cell.xml robot cell --from 0 --to 20 --step 0.01 --refine\n"
         "  kestrane sweep robot_cell.xml robot cell --from 7 --to 9 --step 0.1 --distance --csv\n"

@@ -1,6 +1,6 @@
 #include "SweepReport.h"
 
-#include <algorithm>
+#include <cstdio>
 
 #include "Names.h"
 #include "Numbers.h"
@@ -8,15 +8,6 @@
 #include "PairQuery.h"
 
 namespace {
-
-using PairAndSpan = std::pair<std::pair<int, int>, PairSpan>;
-
-std::vector<PairAndSpan> ByFirstTime(const ContactStretch& stretch) {
-    std::vector<PairAndSpan> pairs(stretch.pairs.begin(), stretch.pairs.end());
-    std::stable_sort(pairs.begin(), pairs.end(),
-                     [](const auto& a, const auto& b) { return a.second.first < b.second.first; });
-    return pairs;
-}
 
 /// Lines for people: the stretches of contact, or the nearest pair at each step.
 class TextReport : public SweepReport {
@@ -41,9 +32,11 @@ class TextReport : public SweepReport {
                            TimeText(stretch.end) + Bracket(stretch) + "\n";
         for (const KstCollisionResult& pair : stretch.firstContacts)
             text += "  first contact: " + PairName(pair) + "\n";
-        for (const auto& [ids, span] : ByFirstTime(stretch)) {
-            text += "  " + TimeText(span.first) + " to " + TimeText(span.last) + ": " +
-                    ObjectName(ids.first) + " and " + ObjectName(ids.second) + "\n";
+        for (const PairSpan& span : stretch.spans) {
+            text.append("  seen from ").append(TimeText(span.first));
+            text.append(" to ").append(TimeText(span.last));
+            text.append(": ").append(ObjectName(span.id1));
+            text.append(" and ").append(ObjectName(span.id2)).append("\n");
         }
         Write(text);
     }
@@ -84,6 +77,9 @@ class CsvReport : public SweepReport {
   public:
     void Start(const SweepPlan& plan) override {
         m_distances = plan.distances;
+        // Whoever reads the table does not expect it there.
+        const std::string note = UncheckedNote(plan.group1) + UncheckedNote(plan.group2);
+        std::fputs(note.c_str(), stderr);
         Write(std::string("time,event,") + (m_distances ? "distance" : "collision") +
               ",object1,label1,object2,label2\n");
     }
@@ -165,11 +161,11 @@ class JsonReport : public SweepReport {
                      {"pairs", Json::array()}};
         for (const KstCollisionResult& pair : stretch.firstContacts)
             json["firstContacts"].push_back(PairJson(pair, ""));
-        for (const auto& [ids, span] : ByFirstTime(stretch)) {
+        for (const PairSpan& span : stretch.spans) {
             json["pairs"].push_back({{"first", TimeNumber(span.first)},
                                      {"last", TimeNumber(span.last)},
-                                     {"object1", ObjectJson(ids.first)},
-                                     {"object2", ObjectJson(ids.second)}});
+                                     {"object1", ObjectJson(span.id1)},
+                                     {"object2", ObjectJson(span.id2)}});
         }
         Element(json);
     }

@@ -2,11 +2,9 @@
 
 #include <cstdint>
 #include <limits>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "kestrane.h"
@@ -31,8 +29,10 @@ struct SweepStep {
     std::optional<KstCollisionResult> nearest;  ///< in a sweep of distances, if there is any pair
 };
 
-/// The time over which two objects were seen in contact.
+/// A time over which two objects were seen in contact, at each step and refined end within it.
 struct PairSpan {
+    int id1 = 0;
+    int id2 = 0;
     double first = 0;
     double last = 0;
 };
@@ -44,7 +44,7 @@ struct ContactStretch {
     std::optional<double> freeBefore;  ///< checked and free; none if the sweep starts in contact
     std::optional<double> freeAfter;   ///< none if the sweep ends in contact
     std::vector<KstCollisionResult> firstContacts;
-    std::map<std::pair<int, int>, PairSpan> pairs;
+    std::vector<PairSpan> spans;  ///< in the order of `first`
 };
 
 struct SweepSummary {
@@ -55,7 +55,7 @@ struct SweepSummary {
     double nearestTime = 0;
 };
 
-/// Writes what a sweep finds, as it finds it; keeps nothing that grows with the number of steps.
+/// Writes what a sweep finds, as it finds it; keeps no step.
 class SweepReport {
   public:
     virtual ~SweepReport() = default;

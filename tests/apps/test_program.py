@@ -248,6 +248,23 @@ class Sweep(SceneCase):
         text = run("sweep", self.scene, "cart", *arguments).stdout
         self.assertIn('1  3  object 0 "crate" of group 1 "cart" and object 3 "pole"', text)
 
+    def test_pair_that_parts_and_meets_again_is_listed_again(self):
+        keys = "".join(f'<keyState time="{t}"><pos x="{x}" y="0" z="0"/></keyState>' for t, x in ((0, 0), (2, 5), (4, 0), (6, 5)))
+        scene = self.write("gap.xml", f'''<group label="a" colCheck="true"><motion>{keys}</motion>
+            <box label="mover" width="1" height="1" depth="1"/><group><sphere radius="1"/></group></group>
+            <group label="b" colCheck="true"><box label="left" width="1" height="1" depth="1"/>
+            <box label="all" width="20" height="1" depth="1"><pos x="0" y="-0.5" z="0"/></box></group>''')
+        arguments = ("sweep", scene, "a", "b", "--from", 0, "--to", 6, "--step", 0.25)
+        (stretch,) = self.json_of(1, *arguments)["stretches"]
+        self.assertEqual([(p["first"], p["last"], p["object2"]["label"]) for p in stretch["pairs"]],
+                         [(0, 0.25, "left"), (0, 6, "all"), (3.75, 4.25, "left")])
+        text = run(*arguments)
+        self.assertEqual((text.stdout.count('"left"'), text.stderr), (3, ""))
+        self.assertIn("not checked: 1 object", text.stdout)
+        table = run(*arguments, "--csv")
+        self.assertRegex(table.stderr, r"\Anot checked: 1 object below group 1 \"a\" [^\n]+\n\Z")
+        self.assertTrue(table.stdout.startswith("time,"), table.stdout)
+
     def test_free_sweep(self):
         done = run("sweep", self.scene, "cart", "wall", "--from", 0, "--to", 5, "--step", 1)
         self.assertEqual((done.returncode, done.stderr), (0, ""))
