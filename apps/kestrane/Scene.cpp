@@ -150,15 +150,17 @@ void Scene::SetTime(double time) {
 
 int Scene::FindGroup(const std::string& name) const {
     const std::string quoted = Quoted(name);
+    const int* const labelled = g_labels.Find(name);
     const CGroup* group = nullptr;
-    if (const int* id = g_labels.Find(name)) {
-        const auto found = g_groups.find(*id);
-        if (found == g_groups.end() || found->second->Label() != name)
-            throw Failure(quoted + " is an object; name a group");
-        group = found->second;
-    } else {
-        group = FindById(name);
+    if (labelled) {
+        const auto found = g_groups.find(*labelled);
+        if (found != g_groups.end() && found->second->Label() == name)
+            group = found->second;
     }
+    if (!group)
+        group = FindById(name);
+    if (!group && labelled)
+        throw Failure(quoted + " is an object; name a group");
     if (!group)
         throw Failure("no group " + quoted + " in " + m_file + "; \"kestrane info\" lists them");
     if (!group->Parent())

@@ -42,11 +42,36 @@ void RequireKnownCommand(const CLI::App& program, const std::string& name) {
         throw Failure("there is no command " + Quoted(name) + "; see \"kestrane --help\"");
 }
 
+bool IsGiven(const CLI::App& program, const std::string& option) {
+    for (const CLI::App* command : program.get_subcommands()) {
+        const CLI::Option* const found = command->get_option_no_throw(option);
+        if (found && found->count() > 0)
+            return true;
+    }
+    return false;
+}
+
+/// The parser's message, or a better one where an argument was not understood.
+std::string UsageText(const CLI::App& program, const CLI::ParseError& error) {
+    if (program.get_subcommands().empty() && dynamic_cast<const CLI::RequiredError*>(&error))
+        return "a command is required";
+    const std::vector<std::string> unknown = program.remaining(true);
+    for (const std::string& argument : unknown) {
+        if (argument.size() > 1 && argument[0] == '-')
+            return "there is no option " + Quoted(argument) +
+                   "; a name that begins with a minus sign goes behind --";
+    }
+    std::string text = error.what();
+    if (!unknown.empty() && IsGiven(program, "--refine"))
+        text.append("; a width follows --refine with =, as in --refine=").append(unknown[0]);
+    return text;
+}
+
 /// A mistake on the command line itself, in one line that says where to read on.
 Failure UsageFailure(const CLI::App& program, const std::string& message) {
     std::string command = "kestrane";
     for (const CLI::App* chosen : program.get_subcommands())
-        command += " " + chosen->get_name();
+        command.append(" ").append(chosen->get_name());
     return Failure(message + "; see \"" + command + " --help\"");
 }
 
@@ -74,7 +99,7 @@ int Run(int argc, char** argv) {
     } catch (const CLI::CallForVersion& version) {
         Write(std::string(version.what()) + "\n");
     } catch (const CLI::ParseError& error) {
-        throw UsageFailure(program, error.what());
+        throw UsageFailure(program, UsageText(program, error));
     }
     FlushOutput();
     return status;

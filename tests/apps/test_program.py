@@ -121,6 +121,12 @@ class Queries(SceneCase):
         self.assertEqual((answer["from"], answer["to"]), ([-1, 0, 0], [20, 0, 0]))
         self.assertEqual(run("line", self.scene, "wall", 8, 9, -9, 8, 9, 9).returncode, 0)
 
+    def test_id_that_is_also_the_label_of_an_object(self):
+        ball = '<sphere {} radius="1"/>'.format
+        scene = self.write("one.xml", f'''<group colCheck="true">{ball('label="1"')}</group>
+                                        <group colCheck="true">{ball('label="ball"')}</group>''')
+        self.assertEqual(self.json_of(1, "check", scene, 1, 2)["group1"]["id"], 1)
+
     def test_nothing_to_check_is_no_answer(self):
         box = '<box width="1" height="1" depth="1"/>'
         line = '<polyline><line><point x="0" y="0" z="0"/><point x="1" y="0" z="0"/></line></polyline>'
@@ -291,7 +297,8 @@ class CommandLine(SceneCase):
     def test_mistakes_on_the_command_line(self):
         check = ("check", self.scene, "cart", "post")
         for arguments, word in (
-            ((), "subcommand"), (("fly",), "fly"), (("", "fly"), ""), (("check",), "FILE"), (("check", self.scene, "cart"), "GROUP2"),
+            ((), "a command is required"), (("check", self.scene, "-m", "1"), '"-m"'),
+            (("sweep", self.scene, "cart", "post", "--from=0", "--to=1", "--step=1", "--refine", 0.01), "--refine=0.01"), (("fly",), "fly"), (("", "fly"), ""), (("check",), "FILE"), (("check", self.scene, "cart"), "GROUP2"),
             ((*check, "more"), "more"), ((*check, "--fast"), "--fast"), ((*check, "--time"), "--time"),
             (("sweep", self.scene, "cart", "post", "--from", 0, "--to", 1), "--step"),
             (("sweep", self.scene, "cart", "post", "--from=0", "--to=1", "--step=1", "--csv", "--json"), "--csv"),
@@ -410,7 +417,7 @@ class BadInput(SceneCase):
 
 class Output(SceneCase):
     def test_reader_that_goes_away_is_no_error(self):
-        program = subprocess.Popen([PROGRAM, "sweep", self.scene, "cart", "post", "--from=0", "--to=10", "--step=1e-4", "--csv"],
+        program = subprocess.Popen([PROGRAM, "sweep", self.scene, "7", "post", "--from=0", "--to=10", "--step=1e-4", "--csv"],
                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         program.stdout.readline()
         program.stdout.close()
@@ -421,7 +428,7 @@ class Output(SceneCase):
     @unittest.skipUnless(os.path.exists("/dev/full"), "needs /dev/full")
     def test_full_disk_is_an_error(self):
         for arguments in (("info", CELL), ("--help",), ("--version",), ("check", self.scene, "cart", "post"),
-                          ("sweep", self.scene, "cart", "post", "--from=0", "--to=9", "--step=0.001", "--csv")):
+                          ("sweep", self.scene, "7", "post", "--from=0", "--to=9", "--step=0.001", "--csv")):
             with self.subTest(arguments), open("/dev/full", "w") as full:
                 done = subprocess.run([PROGRAM, *arguments], stdout=full, stderr=subprocess.PIPE, text=True, timeout=300)
                 self.assertEqual(done.returncode, 2)
