@@ -57,7 +57,8 @@ std::string UsageText(const CLI::App& program, const CLI::ParseError& error) {
         return "a command is required";
     const std::vector<std::string> unknown = program.remaining(true);
     for (const std::string& argument : unknown) {
-        if (argument.size() > 1 && argument[0] == '-')
+        const bool isNumber = argument.size() > 1 && argument[1] >= '0' && argument[1] <= '9';
+        if (argument.size() > 1 && argument[0] == '-' && !isNumber)
             return "there is no option " + Quoted(argument) +
                    "; a name that begins with a minus sign goes behind --";
     }
