@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -45,10 +46,23 @@ class SceneFiles : public Library {
         EXPECT_EQ(KST_OK, KST_GetGroupChildID(group, index, &id));
         return id;
     }
+    static void FreeArrays(int object, const KstObjectInfo& info) {
+        int type = 0;
+        EXPECT_EQ(KST_OK, KST_GetObjectType(object, &type));
+        if (type == KST_TRIANGLES || type == KST_POLYGON) {
+            std::free(info.p2.floats);
+        } else if (type == KST_POLYGON_GROUP || type == KST_POLYLINE) {
+            std::free(info.p2.ints);
+            std::free(info.p3.floats);
+        } else if (type == KST_TETRAHEDRON) {
+            std::free(info.p1.floats);
+        }
+    }
     /// Where the object's frame puts a point, to four digits.
     static std::array<float, 3> Place(int object, float x = 0, float y = 0, float z = 0) {
         KstObjectInfo info = {};
         EXPECT_EQ(KST_OK, KST_GetObject(object, &info));
+        FreeArrays(object, info);
         const float* const m = info.matrix;
         std::array<float, 3> place;
         for (std::size_t i = 0; i < 3; ++i) {
