@@ -42,6 +42,8 @@ TEST(TwoObjects, SwappingThemSwapsTheAnswer) {
         const bool hit = DT_GetPenDepth(a.object, b.object, in.point1, in.point2);
         EXPECT_EQ(hit, DT_GetPenDepth(b.object, a.object, out.point1, out.point2));
         EXPECT_EQ(hit, ab.value == 0);
+        EXPECT_EQ(hit, DT_InContact(a.object, b.object));
+        EXPECT_EQ(hit, DT_InContact(b.object, a.object));
         for (int k = 0; k < 3; ++k) {
             EXPECT_EQ(ab.point1[k], ba.point2[k]);
             EXPECT_EQ(ab.point2[k], ba.point1[k]);

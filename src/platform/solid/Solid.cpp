@@ -270,6 +270,14 @@ std::uint16_t DT_Test(DT_SceneHandle scene, DT_RespTableHandle table) {
 
 // ---- Two objects -------------------------------------------------------------------------------
 
+bool DT_InContact(DT_ObjectHandle object1, DT_ObjectHandle object2) {
+    if (!object1->TakesPart() || !object2->TakesPart()) {
+        return false;
+    }
+    const OrderedPair pair(*object1, *object2);
+    return InContact(pair.first, pair.second);
+}
+
 float DT_GetClosestPair(DT_ObjectHandle object1, DT_ObjectHandle object2, float point1[3],
                         float point2[3]) {
     if (!object1->TakesPart() || !object2->TakesPart()) {
