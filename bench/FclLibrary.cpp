@@ -1,0 +1,158 @@
+#include <fcl/geometry/bvh/BVH_model.h>
+#include <fcl/geometry/shape/box.h>
+#include <fcl/geometry/shape/cone.h>
+#include <fcl/geometry/shape/convex.h>
+#include <fcl/geometry/shape/cylinder.h>
+#include <fcl/geometry/shape/sphere.h>
+#include <fcl/narrowphase/collision.h>
+#include <fcl/narrowphase/collision_object.h>
+#include <fcl/narrowphase/distance.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "Library.h"
+
+namespace bench {
+
+namespace {
+
+using Vector = fcl::Vector3d;
+
+Vector ToVector(const Point& p) {
+    return {static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2])};
+}
+
+Point ToPoint(const Vector& v) {
+    return {static_cast<float>(v[0]), static_cast<float>(v[1]), static_cast<float>(v[2])};
+}
+
+/// The faces of a tetrahedron, each with its normal outwards.
+std::shared_ptr<fcl::CollisionGeometryd> Tetrahedron(const std::vector<Point>& points) {
+    auto vertices = std::make_shared<std::vector<Vector>>();
+    for (const Point& p : points) {
+        vertices->push_back(ToVector(p));
+    }
+    std::vector<Vector>& v = *vertices;
+    if ((v[1] - v[0]).cross(v[2] - v[0]).dot(v[3] - v[0]) > 0) {
+        std::swap(v[1], v[2]);
+    }
+    const auto faces = std::make_shared<std::vector<int>>(
+        std::vector<int>{3, 0, 1, 2, 3, 0, 3, 1, 3, 3, 2, 1, 3, 0, 2, 3});
+    return std::make_shared<fcl::Convexd>(vertices, 4, faces);
+}
+
+std::shared_ptr<fcl::CollisionGeometryd> Mesh(const Spec& spec) {
+    auto model = std::make_shared<fcl::BVHModel<fcl::OBBRSSd>>();
+    std::vector<Vector> vertices;
+    for (const Point& p : spec.points) {
+        vertices.push_back(ToVector(p));
+    }
+    std::vector<fcl::Triangle> triangles;
+    std::size_t first = 0;
+    for (const int count : spec.counts) {
+        const auto corners = static_cast<std::size_t>(count);
+        for (std::size_t k = 2; k < corners; ++k) {
+            triangles.emplace_back(first, first + k - 1, first + k);
+        }
+        first += corners;
+    }
+    model->beginModel();
+    model->addSubModel(vertices, triangles);
+    model->endModel();
+    return model;
+}
+
+std::shared_ptr<fcl::CollisionGeometryd> ShapeOf(const Spec& spec) {
+    const double a = static_cast<double>(spec.size[0]), b = static_cast<double>(spec.size[1]),
+                 c = static_cast<double>(spec.size[2]);
+    switch (spec.kind) {
+        case oracle::Kind::kBox:
+            return std::make_shared<fcl::Boxd>(a, b, c);
+        case oracle::Kind::kSphere:
+            return std::make_shared<fcl::Sphered>(a);
+        case oracle::Kind::kCylinder:
+            return std::make_shared<fcl::Cylinderd>(a, b);
+        case oracle::Kind::kCone:
+            return std::make_shared<fcl::Coned>(a, b);
+        case oracle::Kind::kPolytope:
+            return Tetrahedron(spec.points);
+        case oracle::Kind::kMesh:
+            return Mesh(spec);
+        case oracle::Kind::kSegment:
+            break;
+    }
+    return nullptr;
+}
+
+/// Cylinders and cones stand along z there.
+fcl::Transform3d PlaceOf(oracle::Kind kind, const Matrix& matrix) {
+    fcl::Transform3d place = fcl::Transform3d::Identity();
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 4; ++column) {
+            place.matrix()(row, column) =
+                static_cast<double>(matrix[static_cast<std::size_t>(4 * column + row)]);
+        }
+    }
+    if (kind == oracle::Kind::kCylinder || kind == oracle::Kind::kCone) {
+        fcl::Matrix3d turn;
+        turn << 1, 0, 0, 0, 0, 1, 0, -1, 0;
+        place.linear() *= turn;
+    }
+    return place;
+}
+
+class FclLibrary : public Library {
+  public:
+    explicit FclLibrary(fcl::GJKSolverType solver) : m_solver(solver) {}
+
+    void Add(const Spec& spec, int) override {
+        m_objects.push_back(std::make_unique<fcl::CollisionObjectd>(
+            ShapeOf(spec), PlaceOf(spec.kind, spec.matrix)));
+    }
+
+    bool InContact(int object1, int object2) override {
+        fcl::CollisionRequestd request;
+        request.gjk_solver_type = m_solver;
+        fcl::CollisionResultd result;
+        return fcl::collide(Object(object1), Object(object2), request, result) != 0;
+    }
+    double Distance(int object1, int object2, Points& points) override {
+        fcl::DistanceRequestd request(true);
+        request.gjk_solver_type = m_solver;
+        fcl::DistanceResultd result;
+        const double distance = fcl::distance(Object(object1), Object(object2), request, result);
+        points = {ToPoint(result.nearest_points[0]), ToPoint(result.nearest_points[1])};
+        return distance < 0 ? 0 : distance;
+    }
+    double Depth(int object1, int object2, Points& points) override {
+        fcl::CollisionRequestd request(1, true);
+        request.gjk_solver_type = m_solver;
+        fcl::CollisionResultd result;
+        if (fcl::collide(Object(object1), Object(object2), request, result) == 0) {
+            return -1;
+        }
+        const fcl::Contactd& contact = result.getContact(0);
+        const Vector half = contact.normal * (contact.penetration_depth / 2);
+        points = {ToPoint(contact.pos + half), ToPoint(contact.pos - half)};
+        return contact.penetration_depth;
+    }
+
+  private:
+    const fcl::CollisionObjectd* Object(int object) const {
+        return m_objects[static_cast<std::size_t>(object)].get();
+    }
+
+    fcl::GJKSolverType m_solver;
+    std::vector<std::unique_ptr<fcl::CollisionObjectd>> m_objects;
+};
+
+}  // namespace
+
+std::vector<LibraryKind> FclLibraries() {
+    return {{"fcl-ccd", [] { return std::make_unique<FclLibrary>(fcl::GST_LIBCCD); }},
+            {"fcl-indep", [] { return std::make_unique<FclLibrary>(fcl::GST_INDEP); }}};
+}
+
+}  // namespace bench
