@@ -2,6 +2,7 @@
 
 /// Box against box, as parallelepipeds of any shape, by separating axes.
 
+#include "platform/solid/BoxFilter.h"
 #include "platform/solid/Epa.h"
 
 namespace solid {
@@ -16,13 +17,7 @@ struct BoxAxes {
 
 BoxAxes TestBoxAxes(const Core& a, const Core& b);
 
-/// The same axes, asked for a yes or no only.
-enum class BoxAnswer {
-    kApart,
-    kTouch,
-    kUnknown,  ///< a box is flat: the axes do not tell all
-};
-
+/// The same axes, asked for a yes or no only. kUnknown: a box is flat, and the axes do not tell all.
 BoxAnswer AskBoxAxes(const Core& a, const Core& b);
 
 }  // namespace solid

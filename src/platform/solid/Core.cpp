@@ -25,19 +25,17 @@ bool IsRigid(const Mat3& m, bool roundAboutY, bool allEqual) {
     return !allEqual || std::fabs(xx - yy) <= 2 * kRigid * std::max(xx, yy);
 }
 
-void PlaceSphere(Core& core, double radius) {
-    if (radius == 0) {
+/// An ellipsoid that is round becomes a point with a radius.
+void PlaceSphere(Core& core) {
+    if (core.half.x == 0) {
         core.kind = CoreKind::kPoint;
-    } else if (IsRigid(core.linear, true, true)) {
-        const double xx = LengthSquared(core.linear.col[0]);
-        const double yy = LengthSquared(core.linear.col[1]);
-        const double zz = LengthSquared(core.linear.col[2]);
+    } else if (core.traits.rigid) {
+        const double squares = LengthSquared(core.linear.col[0]) +
+                               LengthSquared(core.linear.col[1]) +
+                               LengthSquared(core.linear.col[2]);
         core.kind = CoreKind::kPoint;
-        core.radius += radius * std::sqrt((xx + yy + zz) / 3);
-    } else {
-        core.kind = CoreKind::kEllipsoid;
+        core.radius += core.half.x * std::sqrt(squares / 3);
     }
-    core.rigid = core.kind == CoreKind::kPoint;
 }
 
 Vec3 LocalSupport(const Core& core, const Vec3& d) {
@@ -91,40 +89,39 @@ Vec3 WorldCentre(const Placed& placed) {
     return placed.placement * placed.shape->Centre();
 }
 
+Traits FindTraits(const Placed& placed) {
+    const Shape& shape = *placed.shape;
+    const Mat3& m = placed.placement.linear;
+    Traits traits;
+    const ShapeKind kind = shape.Kind();
+    if (kind == ShapeKind::kSphere || kind == ShapeKind::kBox || kind == ShapeKind::kCylinder ||
+        kind == ShapeKind::kCone)
+        traits.rigid = IsRigid(m, kind != ShapeKind::kBox, kind == ShapeKind::kSphere);
+    double size = placed.margin;
+    for (int i = 0; i < 3; ++i)
+        size = std::max(size, MaxNorm(m.col[i] * shape.Half()[i]));
+    traits.small = !(size * kComfortableSize > 1);
+    traits.large = !(std::max(size, MaxNorm(WorldCentre(placed))) < kComfortableSize);
+    return traits;
+}
+
 Core MakeCore(const Placed& placed, const Vec3& reference, const VertexSpan* hull) {
+    static constexpr CoreKind kKinds[kShapeKindCount] = {
+        CoreKind::kEllipsoid, CoreKind::kSegment, CoreKind::kBox,  CoreKind::kCylinder,
+        CoreKind::kCone,      CoreKind::kHull,    CoreKind::kHull,
+    };
     const Shape& shape = *placed.shape;
     Core core;
+    core.kind = kKinds[static_cast<int>(shape.Kind())];
+    core.traits = placed.traits;
     core.linear = placed.placement.linear;
     core.centre = WorldCentre(placed) - reference;
     core.half = shape.Half();
     core.radius = placed.margin;
-    switch (shape.Kind()) {
-        case ShapeKind::kSphere:
-            PlaceSphere(core, shape.Half().x);
-            break;
-        case ShapeKind::kSegment:
-            core.kind = CoreKind::kSegment;
-            break;
-        case ShapeKind::kBox:
-            core.kind = CoreKind::kBox;
-            core.rigid = IsRigid(core.linear, false, false);
-            break;
-        case ShapeKind::kCylinder:
-            core.kind = CoreKind::kCylinder;
-            core.rigid = IsRigid(core.linear, true, false);
-            break;
-        case ShapeKind::kCone:
-            core.kind = CoreKind::kCone;
-            core.rigid = IsRigid(core.linear, true, false);
-            break;
-        case ShapeKind::kPolytope:
-            core.kind = CoreKind::kHull;
-            core.vertices = shape.Vertices();
-            break;
-        case ShapeKind::kMesh:
-            core.kind = CoreKind::kHull;
-            core.vertices = *hull;
-            break;
+    if (core.kind == CoreKind::kHull) {
+        core.vertices = hull != nullptr ? *hull : shape.Vertices();
+    } else if (core.kind == CoreKind::kEllipsoid) {
+        PlaceSphere(core);
     }
     return core;
 }

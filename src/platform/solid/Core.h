@@ -25,9 +25,7 @@ inline constexpr int kCoreKindCount = 7;
 
 struct Core {
     CoreKind kind = CoreKind::kPoint;
-    /// The columns of `linear` are orthogonal (and, for cylinder and cone, x and z equally long),
-    /// so that closed forms in the frame of the core are exact.
-    bool rigid = false;
+    Traits traits;  ///< of the placed shape
     Mat3 linear;
     Vec3 centre;
     Vec3 half;            ///< as Shape::Half()

@@ -7,11 +7,24 @@
 
 namespace solid {
 
+/// What the pair tests need to know of a placed shape beforehand, found once for each placement.
+struct Traits {
+    /// The columns of the placement are orthogonal (and, for cylinder and cone, x and z equally
+    /// long; for a sphere all three), so that closed forms in the frame of the shape are exact.
+    bool rigid = false;
+    bool large = false;  ///< some coordinate or size is beyond kComfortableSize
+    bool small = false;  ///< no size is above the inverse of kComfortableSize
+};
+
 struct Placed {
     const Shape* shape = nullptr;
     Affine placement;
     double margin = 0;
+    Traits traits;
 };
+
+/// From the other members, which must be finite. `traits` is not read.
+Traits FindTraits(const Placed& placed);
 
 struct PointPair {
     Vec3 point1, point2;

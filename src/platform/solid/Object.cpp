@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "platform/solid/BoxFilter.h"
 #include "platform/solid/RespTable.h"
 #include "platform/solid/Scene.h"
 #include "platform/solid/Tolerances.h"
@@ -14,10 +15,6 @@ namespace solid {
 namespace {
 
 std::atomic<std::uint64_t> g_nextNumber{0};
-
-Vec3 ToVec3(const float v[3]) {
-    return {static_cast<double>(v[0]), static_cast<double>(v[1]), static_cast<double>(v[2])};
-}
 
 }  // namespace
 
@@ -60,26 +57,25 @@ void Object::SetMargin(float margin) noexcept {
 }
 
 void Object::Changed() noexcept {
-    // A product with 0 is 0 but for infinities and NaN.
-    float sum = m_margin * 0;
-    for (const auto& column : m_columns) {
-        sum += column[0] * 0 + column[1] * 0 + column[2] * 0;
-    }
-    m_finite = sum == 0;
+    m_part = Part::kUnknown;
     if (m_scene != nullptr) {
         m_scene->Moved(m_slot);
     }
 }
 
-Placed Object::GetPlaced() const {
-    Placed placed;
-    placed.shape = m_shape;
-    for (int c = 0; c < 3; ++c) {
-        placed.placement.linear.col[c] = ToVec3(m_columns[c]);
+bool Object::FindOut() const {
+    // A shape that is still to be built may become something at any time.
+    if (m_shape == nullptr || m_shape->IsEmpty()) {
+        return false;
     }
-    placed.placement.origin = ToVec3(m_columns[3]);
-    placed.margin = static_cast<double>(m_margin);
-    return placed;
+    const Placed placed = GetPlaced();
+    const bool finite = IsFinite(placed.placement) && std::isfinite(placed.margin) &&
+                        IsFinite(m_shape->Half());
+    m_part = finite ? Part::kTakes : Part::kTakesNot;
+    if (finite) {
+        m_traits = FindTraits(placed);
+    }
+    return finite;
 }
 
 Aabb Object::WorldBox() const {
@@ -88,6 +84,20 @@ Aabb Object::WorldBox() const {
     // What touches within rounding must not be lost between the boxes.
     box.Grow(kBoxSlack * MaxNorm(box.HalfSize()));
     return box;
+}
+
+bool Object::InContact(const Object& a, const Object& b) {
+    const bool boxes =
+        a.m_shape->Kind() == ShapeKind::kBox && b.m_shape->Kind() == ShapeKind::kBox;
+    if (boxes && a.m_traits.rigid && b.m_traits.rigid && !a.m_traits.large && !b.m_traits.large) {
+        const double margins = static_cast<double>(a.m_margin) + static_cast<double>(b.m_margin);
+        const BoxAnswer answer = FilterBoxes(a.m_columns, a.m_shape->Half(), b.m_columns,
+                                             b.m_shape->Half(), margins);
+        if (answer != BoxAnswer::kUnknown) {
+            return answer == BoxAnswer::kTouch;
+        }
+    }
+    return solid::InContact(a.GetPlaced(), b.GetPlaced());
 }
 
 int Object::ClassInMore(const RespTable& table) const {

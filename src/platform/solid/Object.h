@@ -40,12 +40,22 @@ class Object {
     std::uint64_t Number() const { return m_number; }
     /// False while the placement, the margin or a size of the shape is not finite, or the shape is
     /// empty: such an object touches nothing and has no distance to anything.
-    bool TakesPart() const {
-        return m_finite && m_shape != nullptr && !m_shape->IsEmpty() && IsFinite(m_shape->Half());
+    bool TakesPart() const { return m_part == Part::kUnknown ? FindOut() : m_part == Part::kTakes; }
+    /// Only of an object that takes part, after TakesPart() was asked.
+    Placed GetPlaced() const {
+        const auto column = [this](int c) {
+            const float* const v = m_columns[c];
+            return Vec3{static_cast<double>(v[0]), static_cast<double>(v[1]),
+                        static_cast<double>(v[2])};
+        };
+        return {m_shape,
+                {{{column(0), column(1), column(2)}}, column(3)},
+                static_cast<double>(m_margin),
+                m_traits};
     }
-    /// Only of an object that takes part.
-    Placed GetPlaced() const;
     Aabb WorldBox() const;
+    /// Both must take part.
+    static bool InContact(const Object& a, const Object& b);
 
     /// The class in `table`, -1 for none.
     int ClassIn(const RespTable& table) const {
@@ -56,6 +66,11 @@ class Object {
     friend class Scene;
     friend class RespTable;
 
+    /// What is known of the present placement.
+    enum class Part : std::uint8_t { kUnknown, kTakes, kTakesNot };
+
+    /// Sets m_part and m_traits; answers TakesPart().
+    bool FindOut() const;
     int ClassInMore(const RespTable& table) const;
     Membership* FindMembership(const RespTable& table) noexcept;
     /// A place for one more table; may throw std::bad_alloc, and then nothing has changed.
@@ -72,7 +87,8 @@ class Object {
     float m_columns[4][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 0, 0}};
     float m_margin = 0;
     std::uint32_t m_slot = 0;  ///< in m_scene
-    bool m_finite = true;
+    mutable Part m_part = Part::kUnknown;
+    mutable Traits m_traits;
 };
 
 }  // namespace solid

@@ -176,7 +176,7 @@ constexpr Entry kTable[kCoreKindCount][kCoreKindCount] = {
 
 const Method& Lookup(const Core& a, const Core& b) {
     const Entry& entry = kTable[static_cast<int>(a.kind)][static_cast<int>(b.kind)];
-    return entry.needsRigid && !b.rigid ? kIteration : entry.method;
+    return entry.needsRigid && !b.traits.rigid ? kIteration : entry.method;
 }
 
 // ---- Pairs of any size -------------------------------------------------------------------------
@@ -184,6 +184,8 @@ const Method& Lookup(const Core& a, const Core& b) {
 /// The factor, a power of two, that brings a pair of very large or very small bodies near 1;
 /// else 1.
 double ComfortFactor(const Core& a, const Core& b) {
+    if (!a.traits.large && !b.traits.large && !(a.traits.small && b.traits.small))
+        return 1;
     const double size = std::max({MaxNorm(a.centre - b.centre), a.radius, b.radius,
                                   MaxNorm(CoreExtent(a)), MaxNorm(CoreExtent(b))});
     if (!(size > 0) || (size < kComfortableSize && size * kComfortableSize > 1))

@@ -15,7 +15,7 @@ struct PointPlace {
 
 PointPlace PlaceAtPoint(const Core& core, const Vec3& point);
 PointPlace PlaceAtSegment(const Core& core, const Vec3& point);
-/// Need `core.rigid`.
+/// Need `core.traits.rigid`.
 PointPlace PlaceAtBox(const Core& core, const Vec3& point);
 PointPlace PlaceAtCylinder(const Core& core, const Vec3& point);
 PointPlace PlaceAtCone(const Core& core, const Vec3& point);

@@ -265,18 +265,14 @@ std::uint32_t RespTable::Report(const Scene& scene, const std::vector<Candidate>
     std::uint32_t calls = 0;
     const Candidate* last = nullptr;
     bool inContact = false;
-    Placed placed1;
     for (const Candidate& candidate : candidates) {
-        const bool sameFirst = last != nullptr && last->number1 == candidate.number1;
-        const bool samePair = sameFirst && last->number2 == candidate.number2;
+        const bool samePair = last != nullptr && last->number1 == candidate.number1 &&
+                              last->number2 == candidate.number2;
         last = &candidate;
         const Object& object1 = *scene.At(candidate.slot1);
         const Object& object2 = *scene.At(candidate.slot2);
-        if (!sameFirst) {
-            placed1 = object1.GetPlaced();
-        }
         if (!samePair) {
-            inContact = InContact(placed1, object2.GetPlaced());
+            inContact = Object::InContact(object1, object2);
         }
         if (inContact) {
             ++calls;

@@ -274,8 +274,8 @@ bool DT_InContact(DT_ObjectHandle object1, DT_ObjectHandle object2) {
     if (!object1->TakesPart() || !object2->TakesPart()) {
         return false;
     }
-    const OrderedPair pair(*object1, *object2);
-    return InContact(pair.first, pair.second);
+    const bool swap = object2->Number() < object1->Number();
+    return swap ? Object::InContact(*object2, *object1) : Object::InContact(*object1, *object2);
 }
 
 float DT_GetClosestPair(DT_ObjectHandle object1, DT_ObjectHandle object2, float point1[3],

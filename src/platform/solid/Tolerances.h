@@ -44,9 +44,23 @@ inline constexpr double kFlat = 1e-12;
 /// and no face between them that others do not stand for.
 inline constexpr double kParallel = 1e-20;
 
+/// Unit: product of the three lengths in a triple product. Bounds the rounding of one and of the sum
+/// of five; a smaller value could hide a gap, a larger one costs a second look now and then.
+inline constexpr double kTripleRounding = 1e-14;
+
 /// Relative. Columns of a placement that differ in length, or from right angles, by less than this
 /// are those of a rotation with a scale: a matrix of floats holds no rotation any better.
 inline constexpr double kRigid = 2.5e-7;
+
+/// Relative, to the sum of the sizes and the distance of two boxes: bounds the error of a filter in
+/// single precision, that of taking the columns of a rigid placement (kRigid) for exact included.
+/// What is nearer to just touching is decided in double precision.
+inline constexpr float kFilterRounding = 4e-6F;
+
+/// A filter in single precision decides nothing about smaller boxes, nor where the square of a
+/// column is below this or above its inverse: its products must stay normal.
+inline constexpr float kFilterLeastSize = 1e-25F;
+inline constexpr float kFilterLeastSquare = 1e-25F;
 
 /// Sizes outside this range (and its inverse) are brought near 1 before anything is computed, by a
 /// power of two, so that products of four lengths stay finite and normal.
