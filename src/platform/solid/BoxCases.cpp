@@ -67,8 +67,8 @@ BoxAnswer AskAllAxes(const Generators& g) {
 
 /// The fifteen axes of two boxes with right angles (Stefan Gottschalk, "Separating axis theorem",
 /// 1996), by triple products: with the normals n of a's faces and m of b's, taken as cross products
-/// of half edges, the half edges g of a and h of b reach n.h and m.g along any of the axes, the edge
-/// axes g x h included.
+/// of half edges, the half edges g of a and h of b reach n.h and m.g along any of the axes, the
+/// edge axes g x h included.
 BoxAnswer AskBoxAxes(const Core& a, const Core& b) {
     const Generators generators(a, b);
     if (!a.traits.rigid || !b.traits.rigid)
@@ -100,8 +100,8 @@ BoxAnswer AskBoxAxes(const Core& a, const Core& b) {
             return BoxAnswer::kApart;
     }
     // What looks like a gap within rounding is measured along the axis itself.
-    const double unsure = -kTripleRounding * generators.scale * generators.scale *
-                          (generators.scale + MaxNorm(t));
+    const double unsure =
+        -kTripleRounding * generators.scale * generators.scale * (generators.scale + MaxNorm(t));
     for (int i = 0; i < 3; ++i) {
         const int i1 = (i + 1) % 3, i2 = (i + 2) % 3;
         const Vec3 moment = Cross(t, g[i]);

@@ -17,7 +17,8 @@ struct BoxAxes {
 
 BoxAxes TestBoxAxes(const Core& a, const Core& b);
 
-/// The same axes, asked for a yes or no only. kUnknown: a box is flat, and the axes do not tell all.
+/// The same axes, asked for a yes or no only. kUnknown: a box is flat, and the axes do not tell
+/// all.
 BoxAnswer AskBoxAxes(const Core& a, const Core& b);
 
 }  // namespace solid

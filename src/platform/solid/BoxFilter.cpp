@@ -26,9 +26,9 @@ struct UnitAxes {
         x = x * inverse;
         y = y * inverse;
         z = z * inverse;
-        half = lengths * Float4(static_cast<float>(halfExtents.x),
-                                static_cast<float>(halfExtents.y),
-                                static_cast<float>(halfExtents.z), 0);
+        half =
+            lengths * Float4(static_cast<float>(halfExtents.x), static_cast<float>(halfExtents.y),
+                             static_cast<float>(halfExtents.z), 0);
     }
     /// Of the vector (x, y, z), each coordinate spread over all places.
     Float4 Along(Float4 vx, Float4 vy, Float4 vz) const { return x * vx + y * vy + z * vz; }
@@ -46,8 +46,7 @@ Float4 EdgeGaps(const Float4 (&r)[3], const Float4 (&abs)[3], Float4 halfA, Floa
     constexpr int kNext = (kEdge + 1) % 3, kLast = (kEdge + 2) % 3;
     const Float4 distance =
         Abs(apart.Spread<kLast>() * r[kNext] - apart.Spread<kNext>() * r[kLast]);
-    const Float4 reachA =
-        halfA.Spread<kNext>() * abs[kLast] + halfA.Spread<kLast>() * abs[kNext];
+    const Float4 reachA = halfA.Spread<kNext>() * abs[kLast] + halfA.Spread<kLast>() * abs[kNext];
     const Float4 reachB =
         halfB.Next() * abs[kEdge].AfterNext() + halfB.AfterNext() * abs[kEdge].Next();
     return distance - (reachA + reachB);
@@ -71,16 +70,15 @@ BoxAnswer FilterBoxes(FloatColumns a, const Vec3& halfA, FloatColumns b, const V
 
     const Float4 r[3] = {axesB.Of<0>(axesA), axesB.Of<1>(axesA), axesB.Of<2>(axesA)};
     const Float4 abs[3] = {Abs(r[0]), Abs(r[1]), Abs(r[2])};
-    const Float4 gapsB = Abs(apartB) - (axesB.half + axesA.half.Spread<0>() * abs[0] +
-                                        axesA.half.Spread<1>() * abs[1] +
-                                        axesA.half.Spread<2>() * abs[2]);
+    const Float4 gapsB =
+        Abs(apartB) - (axesB.half + axesA.half.Spread<0>() * abs[0] +
+                       axesA.half.Spread<1>() * abs[1] + axesA.half.Spread<2>() * abs[2]);
     if (gapsB.AnyAbove(clearly))
         return BoxAnswer::kApart;
     Float4 t0 = abs[0], t1 = abs[1], t2 = abs[2], unused(0);
     Transpose(t0, t1, t2, unused);
-    const Float4 gapsA =
-        Abs(apartA) - (axesA.half + axesB.half.Spread<0>() * t0 + axesB.half.Spread<1>() * t1 +
-                       axesB.half.Spread<2>() * t2);
+    const Float4 gapsA = Abs(apartA) - (axesA.half + axesB.half.Spread<0>() * t0 +
+                                        axesB.half.Spread<1>() * t1 + axesB.half.Spread<2>() * t2);
     if (gapsA.AnyAbove(clearly))
         return BoxAnswer::kApart;
     const Float4 edges = Max(Max(EdgeGaps<0>(r, abs, axesA.half, axesB.half, apartA),

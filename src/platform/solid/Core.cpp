@@ -38,51 +38,6 @@ void PlaceSphere(Core& core) {
     }
 }
 
-Vec3 LocalSupport(const Core& core, const Vec3& d) {
-    switch (core.kind) {
-        case CoreKind::kPoint:
-            return {};
-        case CoreKind::kSegment:
-            return Dot(d, core.half) < 0 ? -core.half : core.half;
-        case CoreKind::kBox:
-            return {std::copysign(core.half.x, d.x), std::copysign(core.half.y, d.y),
-                    std::copysign(core.half.z, d.z)};
-        case CoreKind::kCylinder: {
-            const double rho = std::sqrt(d.x * d.x + d.z * d.z);
-            const double y = std::copysign(core.half.y, d.y);
-            if (rho == 0)
-                return {core.half.x, y, 0};
-            return {core.half.x * (d.x / rho), y, core.half.x * (d.z / rho)};
-        }
-        case CoreKind::kCone: {
-            const double rho = std::sqrt(d.x * d.x + d.z * d.z);
-            // The tip against the rim of the base.
-            if (d.y * core.half.y >= core.half.x * rho - d.y * core.half.y)
-                return {0, core.half.y, 0};
-            if (rho == 0)
-                return {core.half.x, -core.half.y, 0};
-            return {core.half.x * (d.x / rho), -core.half.y, core.half.x * (d.z / rho)};
-        }
-        case CoreKind::kEllipsoid: {
-            const double length = Length(d);
-            return length > 0 ? d * (core.half.x / length) : Vec3{core.half.x, 0, 0};
-        }
-        case CoreKind::kHull: {
-            const Vec3* best = core.vertices.points;
-            double furthest = Dot(d, *best);
-            for (int i = 1; i < core.vertices.count; ++i) {
-                const double along = Dot(d, core.vertices.points[i]);
-                if (along > furthest) {
-                    furthest = along;
-                    best = core.vertices.points + i;
-                }
-            }
-            return *best;
-        }
-    }
-    return {};
-}
-
 }  // namespace
 
 Vec3 WorldCentre(const Placed& placed) {
@@ -126,10 +81,49 @@ Core MakeCore(const Placed& placed, const Vec3& reference, const VertexSpan* hul
     return core;
 }
 
-Vec3 Support(const Core& core, const Vec3& direction) {
-    if (core.kind == CoreKind::kPoint)
-        return core.centre;
-    return core.linear * LocalSupport(core, core.linear.TransposeTimes(direction)) + core.centre;
+Vec3 LocalSupport(const Core& core, const Vec3& d) {
+    switch (core.kind) {
+        case CoreKind::kPoint:
+            return {};
+        case CoreKind::kSegment:
+            return Dot(d, core.half) < 0 ? -core.half : core.half;
+        case CoreKind::kBox:
+            return {std::copysign(core.half.x, d.x), std::copysign(core.half.y, d.y),
+                    std::copysign(core.half.z, d.z)};
+        case CoreKind::kCylinder: {
+            const double rho = std::sqrt(d.x * d.x + d.z * d.z);
+            const double y = std::copysign(core.half.y, d.y);
+            if (rho == 0)
+                return {core.half.x, y, 0};
+            return {core.half.x * (d.x / rho), y, core.half.x * (d.z / rho)};
+        }
+        case CoreKind::kCone: {
+            const double rho = std::sqrt(d.x * d.x + d.z * d.z);
+            // The tip against the rim of the base.
+            if (d.y * core.half.y >= core.half.x * rho - d.y * core.half.y)
+                return {0, core.half.y, 0};
+            if (rho == 0)
+                return {core.half.x, -core.half.y, 0};
+            return {core.half.x * (d.x / rho), -core.half.y, core.half.x * (d.z / rho)};
+        }
+        case CoreKind::kEllipsoid: {
+            const double length = Length(d);
+            return length > 0 ? d * (core.half.x / length) : Vec3{core.half.x, 0, 0};
+        }
+        case CoreKind::kHull: {
+            const Vec3* best = core.vertices.points;
+            double furthest = Dot(d, *best);
+            for (int i = 1; i < core.vertices.count; ++i) {
+                const double along = Dot(d, core.vertices.points[i]);
+                if (along > furthest) {
+                    furthest = along;
+                    best = core.vertices.points + i;
+                }
+            }
+            return *best;
+        }
+    }
+    return {};
 }
 
 Vec3 CoreExtent(const Core& core) {

@@ -42,7 +42,7 @@ Vec3 WorldCentre(const Placed& placed);
 
 /// The point of the core (without radius) that lies furthest along `direction`, which need not have
 /// length 1.
-Vec3 Support(const Core& core, const Vec3& direction);
+inline Vec3 Support(const Core& core, const Vec3& direction);
 
 /// Half the extents of the core along the axes of the world, about `core.centre`. Hulls: an upper
 /// bound.
@@ -51,7 +51,16 @@ Vec3 CoreExtent(const Core& core);
 /// Multiplies all lengths by `factor`.
 void Scale(Core& core, double factor);
 
+/// The furthest point in the frame of the core.
+Vec3 LocalSupport(const Core& core, const Vec3& direction);
+
 /// Any unit vector at right angles to `v`; (1, 0, 0) for the zero vector.
 Vec3 Perpendicular(const Vec3& v);
+
+inline Vec3 Support(const Core& core, const Vec3& direction) {
+    if (core.kind == CoreKind::kPoint)
+        return core.centre;
+    return core.linear * LocalSupport(core, core.linear.TransposeTimes(direction)) + core.centre;
+}
 
 }  // namespace solid

@@ -129,34 +129,32 @@ Nearest NearestOfTetrahedron(const Simplex& s, bool& inside) {
     return NearestOfFaces(s, flat || ofP < 0, flat || ofQ < 0, flat || ofR < 0, flat || ofT < 0);
 }
 
-/// Reduces the simplex to the face that holds the point nearest to the origin, and gives that
-/// point.
-Vec3 Reduce(Simplex& s, bool& inside) {
-    Nearest n;
+/// The point of the simplex nearest to the origin.
+Nearest FindNearest(const Simplex& s, bool& inside) {
     switch (s.count) {
         case 1:
-            n = NearestOfVertex(s, 0);
-            break;
+            return NearestOfVertex(s, 0);
         case 2:
-            n = NearestOfEdge(s, 0, 1);
-            break;
+            return NearestOfEdge(s, 0, 1);
         case 3:
-            n = NearestOfTriangle(s, 0, 1, 2);
-            break;
+            return NearestOfTriangle(s, 0, 1, 2);
         default:
-            n = NearestOfTetrahedron(s, inside);
-            break;
+            return NearestOfTetrahedron(s, inside);
     }
+}
+
+/// Reduces the simplex to the face that holds the point.
+void Reduce(Simplex& s, const Nearest& n) {
     int kept = 0;
     for (int i = 0; i < s.count; ++i) {
         if (n.weights[i] > 0) {
-            s.points[kept] = s.points[i];
+            if (kept != i)
+                s.points[kept] = s.points[i];
             s.weights[kept] = n.weights[i];
             ++kept;
         }
     }
     s.count = kept;
-    return n.point;
 }
 
 bool Holds(const Simplex& s, const Vec3& w) {
@@ -174,6 +172,28 @@ void Witness(const Simplex& s, GjkResult& result) {
         result.b += s.points[i].b * s.weights[i];
     }
 }
+
+double Square(double x) {
+    return x * x;
+}
+
+/// The greatest certified lower bound of the distance, as the square of a fraction, which saves a
+/// root and a division in every step.
+struct LowerBound {
+    double squaredAlong = 0;
+    double squaredLength = 1;
+
+    /// The support plane of direction v, of squared length `squared`, at `along` times its length.
+    void Include(double along, double squared) {
+        if (along > 0 && along * along * squaredLength > squaredAlong * squared) {
+            squaredAlong = along * along;
+            squaredLength = squared;
+        }
+    }
+    bool IsAtLeast(double distanceSquared) const {
+        return squaredAlong >= distanceSquared * squaredLength;
+    }
+};
 
 }  // namespace
 
@@ -197,40 +217,43 @@ GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question) {
     Vec3 v = simplex.points[0].w;
     double squared = LengthSquared(v);
     double scale = MaxNorm(v);
-    double lower = 0;  // certified: the cores are at least this far apart
+    LowerBound lower;
 
     for (int step = 0; step < kMaxDistanceSteps; ++step) {
-        const double upper = std::sqrt(squared);
-        if (upper <= kTouch * scale) {
+        if (squared <= Square(kTouch * scale)) {
             result.coresTouch = true;
             break;
         }
-        if (upper <= radius && decide(true))
+        if (squared <= radius * radius && decide(true))
             break;
         const SupportPoint next = SupportDifference(a, b, -v);
         scale = std::max({scale, MaxNorm(next.w), MaxNorm(next.a - a.centre)});
-        lower = std::max(lower, Dot(v, next.w) / upper);
-        if (lower > radius + kTouch * scale && decide(false))
+        const double along = Dot(v, next.w);
+        lower.Include(along, squared);
+        if (along > 0 && along * along > Square(radius + kTouch * scale) * squared &&
+            decide(false)) {
             break;
-        if (upper - lower <= kDistanceGap * upper + kDistanceFloor * scale ||
+        }
+        if (lower.IsAtLeast(Square(1 - kDistanceGap) * squared) ||
+            Square(squared - along) <= Square(kDistanceFloor * scale) * squared ||
             Holds(simplex, next.w)) {
             break;
         }
-        Simplex trial = simplex;
-        trial.points[trial.count++] = next;
+        simplex.points[simplex.count++] = next;
         bool inside = false;
-        const Vec3 nearer = Reduce(trial, inside);
+        const Nearest nearest = FindNearest(simplex, inside);
         if (inside) {
-            simplex = trial;
+            Reduce(simplex, nearest);
             result.coresTouch = true;
             break;
         }
-        const double nearerSquared = LengthSquared(nearer);
-        if (!(nearerSquared < squared))
+        if (!(nearest.squared < squared)) {
+            --simplex.count;
             break;  // rounding: no better point will be found
-        simplex = trial;
-        v = nearer;
-        squared = nearerSquared;
+        }
+        Reduce(simplex, nearest);
+        v = nearest.point;
+        squared = nearest.squared;
     }
 
     if (result.coresTouch)

@@ -69,8 +69,8 @@ bool Object::FindOut() const {
         return false;
     }
     const Placed placed = GetPlaced();
-    const bool finite = IsFinite(placed.placement) && std::isfinite(placed.margin) &&
-                        IsFinite(m_shape->Half());
+    const bool finite =
+        IsFinite(placed.placement) && std::isfinite(placed.margin) && IsFinite(m_shape->Half());
     m_part = finite ? Part::kTakes : Part::kTakesNot;
     if (finite) {
         m_traits = FindTraits(placed);
@@ -87,12 +87,11 @@ Aabb Object::WorldBox() const {
 }
 
 bool Object::InContact(const Object& a, const Object& b) {
-    const bool boxes =
-        a.m_shape->Kind() == ShapeKind::kBox && b.m_shape->Kind() == ShapeKind::kBox;
+    const bool boxes = a.m_shape->Kind() == ShapeKind::kBox && b.m_shape->Kind() == ShapeKind::kBox;
     if (boxes && a.m_traits.rigid && b.m_traits.rigid && !a.m_traits.large && !b.m_traits.large) {
         const double margins = static_cast<double>(a.m_margin) + static_cast<double>(b.m_margin);
-        const BoxAnswer answer = FilterBoxes(a.m_columns, a.m_shape->Half(), b.m_columns,
-                                             b.m_shape->Half(), margins);
+        const BoxAnswer answer =
+            FilterBoxes(a.m_columns, a.m_shape->Half(), b.m_columns, b.m_shape->Half(), margins);
         if (answer != BoxAnswer::kUnknown) {
             return answer == BoxAnswer::kTouch;
         }

@@ -125,8 +125,8 @@ std::uint16_t DT_Test(DT_SceneHandle scene, DT_RespTableHandle table);
 
 // ---- Two objects -------------------------------------------------------------------------------
 
-/// Whether two objects are in contact; false when a placement is not finite or a shape is empty. The
-/// cheapest of the three questions, and of one mind with the other two.
+/// Whether two objects are in contact; false when a placement is not finite or a shape is empty.
+/// The cheapest of the three questions, and of one mind with the other two.
 bool DT_InContact(DT_ObjectHandle object1, DT_ObjectHandle object2);
 
 /// Distance of two objects, 0 when in contact. Writes one point on each, in world coordinates; of
