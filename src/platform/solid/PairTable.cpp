@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/solid/BoxCases.h"
+#include "platform/solid/BoxDepth.h"
 #include "platform/solid/ConvexPair.h"
 #include "platform/solid/Epa.h"
 #include "platform/solid/Gjk.h"
@@ -128,13 +129,10 @@ PointPair BoxClosest(const Core& a, const Core& b) {
 bool BoxPenetration(const Core& a, const Core& b, PointPair& result) {
     if (!BoxContact(a, b))
         return false;
-    const BoxAxes axes = TestBoxAxes(a, b);
-    if (axes.separated || !axes.full)
-        return GjkPenetration(a, b, result);
+    const bool coresTouch = a.radius + b.radius == 0 || AskBoxAxes(a, b) == BoxAnswer::kTouch;
     DepthResult deep;
-    deep.depth = axes.depth;
-    deep.axis = axes.axis;
-    FindDepthPoints(a, b, deep);
+    if (!coresTouch || !FindBoxDepth(a, b, deep))
+        return GjkPenetration(a, b, result);
     result = Deep(a, b, deep.a, deep.b, deep.axis, deep.depth);
     return true;
 }

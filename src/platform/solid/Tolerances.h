@@ -48,6 +48,15 @@ inline constexpr double kParallel = 1e-20;
 /// of five; a smaller value could hide a gap, a larger one costs a second look now and then.
 inline constexpr double kTripleRounding = 1e-14;
 
+/// Square of the sine of an angle. The same for the faces of two boxes' difference, where a face
+/// left out costs as much (1e-8 of the size) as the rounding of one that is not.
+inline constexpr double kBoxParallel = 1e-16;
+
+/// Sine of an angle. Edges of boxes nearer to a plane are taken to lie in it when the points that
+/// have a depth are chosen: a turned box in floats is not more parallel to another than that, and
+/// the points are off by no more than this part of an edge.
+inline constexpr double kCoplanar = 1e-6;
+
 /// Relative. Columns of a placement that differ in length, or from right angles, by less than this
 /// are those of a rotation with a scale: a matrix of floats holds no rotation any better.
 inline constexpr double kRigid = 2.5e-7;
