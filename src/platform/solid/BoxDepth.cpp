@@ -9,61 +9,85 @@ namespace {
 /// Half edges: the generators of a zonotope. 0 to 2 are those of the first box.
 using HalfEdges = Vec3[6];
 
-/// A face of the difference body: it is spanned by two generators.
-struct ZonotopeFace {
-    int i = -1, j = -1;
-    Vec3 normal;  ///< unit, outwards
+/// The search for the face of the difference that is nearest to the origin. The difference of two
+/// parallelepipeds is a zonotope of six generators; the normals of its faces are the cross products
+/// of every two of them (Stefan Gottschalk, "Separating axis theorem", 1996, for the rectangular
+/// case). Faces and edges count alike. How far the body reaches along such a product is a sum of
+/// triple products, of which each serves three faces.
+class FaceSearch {
+  public:
+    FaceSearch(const HalfEdges& edges, const Vec3& apart) : m_edges(edges), m_apart(apart) {
+        double size = LengthSquared(apart);
+        for (int i = 0; i < 6; ++i) {
+            m_squared[i] = LengthSquared(edges[i]);
+            size += m_squared[i];
+        }
+        m_unsure = kBoxUnsure * kBoxUnsure * size;
+    }
+
+    BoxAnswer Run(BoxFace& face) {
+        double ofSides[2][3][3];  // triple products: of the side [box][i] and an edge of the other
+        for (int box = 0; box < 2; ++box) {
+            const Vec3* own = m_edges + 3 * box;
+            const Vec3* other = m_edges + 3 * (1 - box);
+            for (int i = 0; i < 3; ++i) {
+                const Vec3 normal = Cross(own[(i + 1) % 3], own[(i + 2) % 3]);
+                double reach = std::fabs(Dot(normal, own[i]));
+                for (int k = 0; k < 3; ++k) {
+                    ofSides[box][i][k] = std::fabs(Dot(normal, other[k]));
+                    reach += ofSides[box][i][k];
+                }
+                if (!Look(3 * box + (i + 1) % 3, 3 * box + (i + 2) % 3, normal, reach))
+                    return BoxAnswer::kApart;
+            }
+        }
+        for (int i = 0; i < 3; ++i) {
+            for (int j = 0; j < 3; ++j) {
+                const double reach = ofSides[0][(i + 1) % 3][j] + ofSides[0][(i + 2) % 3][j] +
+                                     ofSides[1][(j + 1) % 3][i] + ofSides[1][(j + 2) % 3][i];
+                if (!Look(i, 3 + j, Cross(m_edges[i], m_edges[3 + j]), reach))
+                    return BoxAnswer::kApart;
+            }
+        }
+        face.i = m_i;
+        face.j = m_j;
+        // The difference a - b has its middle at `apart`; its nearer side lies against it.
+        if (m_i >= 0)
+            face.normal = m_normal * ((Dot(m_normal, m_apart) > 0 ? -1 : 1) / Length(m_normal));
+        return m_least > m_unsure ? BoxAnswer::kTouch : BoxAnswer::kUnknown;
+    }
+
+  private:
+    /// False if the axis parts the boxes for certain.
+    bool Look(int i, int j, const Vec3& axis, double reach) {
+        const double squared = LengthSquared(axis);
+        if (!(squared > kBoxParallel * m_squared[i] * m_squared[j]))
+            return true;
+        const double depth = reach - std::fabs(Dot(axis, m_apart));
+        const double candidate = depth * std::fabs(depth) / squared;
+        if (candidate < m_least) {
+            m_least = candidate;
+            m_i = i;
+            m_j = j;
+            m_normal = axis;
+        }
+        return candidate >= -m_unsure;
+    }
+
+    const HalfEdges& m_edges;
+    const Vec3 m_apart;
+    double m_squared[6];
+    double m_unsure;
+    double m_least = Aabb::kInfinity;  ///< the square of the depth, with its sign
+    int m_i = -1, m_j = -1;
+    Vec3 m_normal;
 };
 
-/// Finds the face nearest to the origin. The difference of two parallelepipeds is a zonotope of six
-/// generators; the normals of its faces are the cross products of every two of them (Stefan
-/// Gottschalk, "Separating axis theorem", 1996, for the rectangular case). Faces and edges count
-/// alike. How far the body reaches along such a product is a sum of triple products, each of
-/// which serves three faces.
-ZonotopeFace NearestFace(const HalfEdges& g, const Vec3& apart) {
-    Vec3 cross[6][6];
-    double reach[6][6] = {};
-    double squared[6];
-    for (int i = 0; i < 6; ++i) {
-        squared[i] = LengthSquared(g[i]);
-        for (int j = i + 1; j < 6; ++j)
-            cross[i][j] = Cross(g[i], g[j]);
+void SetHalfEdges(const Core& a, const Core& b, HalfEdges& edges) {
+    for (int i = 0; i < 3; ++i) {
+        edges[i] = a.linear.col[i] * a.half[i];
+        edges[3 + i] = b.linear.col[i] * b.half[i];
     }
-    for (int i = 0; i < 6; ++i) {
-        for (int j = i + 1; j < 6; ++j) {
-            for (int k = j + 1; k < 6; ++k) {
-                const double volume = std::fabs(Dot(cross[i][j], g[k]));
-                reach[i][j] += volume;
-                reach[i][k] += volume;
-                reach[j][k] += volume;
-            }
-        }
-    }
-    ZonotopeFace best;
-    double least = Aabb::kInfinity;  // the square of the depth
-    double leastSquared = 0;
-    double leastAlong = 0;
-    for (int i = 0; i < 6; ++i) {
-        for (int j = i + 1; j < 6; ++j) {
-            const double length = LengthSquared(cross[i][j]);
-            if (!(length > kBoxParallel * squared[i] * squared[j]))
-                continue;
-            const double along = Dot(cross[i][j], apart);
-            const double depth = std::max(reach[i][j] - std::fabs(along), 0.0);
-            const double candidate = depth * depth / length;
-            if (candidate < least) {
-                least = candidate;
-                leastSquared = length;
-                leastAlong = along;
-                best.i = i;
-                best.j = j;
-            }
-        }
-    }
-    // The difference a - b has its middle at `apart`; its nearer side lies against it.
-    if (best.i >= 0)
-        best.normal = cross[best.i][best.j] * ((leastAlong > 0 ? -1 : 1) / std::sqrt(leastSquared));
-    return best;
 }
 
 /// A convex polygon in the coordinates of a parallelogram, whose own corners are at (+-1, +-1).
@@ -103,7 +127,7 @@ struct TouchingSides {
     Vec3 span[2][3];
     int count[2] = {0, 0};
 
-    TouchingSides(const HalfEdges& g, const Vec3* centres, const ZonotopeFace& face) {
+    TouchingSides(const HalfEdges& g, const Vec3* centres, const BoxFace& face) {
         for (int k = 0; k < 6; ++k) {
             const int box = k / 3;
             if (k % 3 == 0)
@@ -187,30 +211,30 @@ bool PointsOfOverlap(const TouchingSides& sides, const Vec3& foot, DepthResult& 
 
 }  // namespace
 
-bool FindBoxDepth(const Core& a, const Core& b, DepthResult& result) {
-    HalfEdges g;
-    for (int i = 0; i < 3; ++i) {
-        g[i] = a.linear.col[i] * a.half[i];
-        g[3 + i] = b.linear.col[i] * b.half[i];
-    }
-    const Vec3 apart = a.centre - b.centre;
-    const ZonotopeFace face = NearestFace(g, apart);
-    if (face.i < 0)
-        return false;
-    double height = Dot(face.normal, apart);
-    for (const Vec3& edge : g)
+BoxAnswer FindBoxFace(const Core& a, const Core& b, BoxFace& face) {
+    HalfEdges edges;
+    SetHalfEdges(a, b, edges);
+    return FaceSearch(edges, a.centre - b.centre).Run(face);
+}
+
+DepthResult BoxFaceDepth(const Core& a, const Core& b, const BoxFace& face) {
+    HalfEdges edges;
+    SetHalfEdges(a, b, edges);
+    double height = Dot(face.normal, a.centre - b.centre);
+    for (const Vec3& edge : edges)
         height += std::fabs(Dot(face.normal, edge));
+    DepthResult result;
     result.depth = std::max(height, 0.0);
     result.axis = face.normal;
     const Vec3 centres[2] = {a.centre, b.centre};
-    const TouchingSides sides(g, centres, face);
+    const TouchingSides sides(edges, centres, face);
     const Vec3 foot = face.normal * result.depth;
     const bool simple = sides.count[0] + sides.count[1] == 2;
     const bool found =
         simple ? PointsOfParallelogram(sides, foot, result) : PointsOfOverlap(sides, foot, result);
     if (!found)
         FindDepthPoints(a, b, result);
-    return true;
+    return result;
 }
 
 }  // namespace solid

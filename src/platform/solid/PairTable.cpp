@@ -127,12 +127,16 @@ PointPair BoxClosest(const Core& a, const Core& b) {
 }
 
 bool BoxPenetration(const Core& a, const Core& b, PointPair& result) {
-    if (!BoxContact(a, b))
+    BoxFace face;
+    BoxAnswer cores = FindBoxFace(a, b, face);
+    if (cores == BoxAnswer::kUnknown)
+        cores = AskBoxAxes(a, b);
+    const bool round = a.radius + b.radius > 0;
+    if (cores == BoxAnswer::kApart && !round)
         return false;
-    const bool coresTouch = a.radius + b.radius == 0 || AskBoxAxes(a, b) == BoxAnswer::kTouch;
-    DepthResult deep;
-    if (!coresTouch || !FindBoxDepth(a, b, deep))
+    if ((cores != BoxAnswer::kTouch && (round || !GjkContact(a, b))) || face.i < 0)
         return GjkPenetration(a, b, result);
+    const DepthResult deep = BoxFaceDepth(a, b, face);
     result = Deep(a, b, deep.a, deep.b, deep.axis, deep.depth);
     return true;
 }
