@@ -145,34 +145,54 @@ class GjkEpa {
     }
 };
 
-/// The detectors made for two boxes and for a sphere and a box, which know no distance of boxes;
-/// for other pairs GjkEpa.
-class SpecialCases {
+/// What its world does with two objects that are near: the algorithm that is entered for their
+/// shapes.
+class World {
   public:
-    static bool InContact(const Placed& a, const Placed& b) {
-        if (IsBox(a) && IsBox(b)) {
-            return BoxBox(a, b).distance <= 0;
-        }
-        if (IsSphere(a) && IsBox(b)) {
-            return SphereBox(a, b, 0).distance <= 0;
-        }
-        return GjkEpa::InContact(a, b);
-    }
-    static Answer Distance(const Placed& a, const Placed& b) {
-        return IsSphere(a) && IsBox(b) ? SphereBox(a, b, BT_LARGE_FLOAT) : GjkEpa::Distance(a, b);
-    }
+    static bool InContact(const Placed& a, const Placed& b) { return Depth(a, b).distance <= 0; }
+    static Answer Distance(const Placed&, const Placed&) { return {}; }
     static Answer Depth(const Placed& a, const Placed& b) {
-        if (IsBox(a) && IsBox(b)) {
-            return BoxBox(a, b);
-        }
-        return IsSphere(a) && IsBox(b) ? SphereBox(a, b, 0) : GjkEpa::Depth(a, b);
+        static btDefaultCollisionConfiguration configuration;
+        static btCollisionDispatcher dispatcher(&configuration);
+        const Wrapper wrapperA(a), wrapperB(b);
+        Deepest deepest(wrapperA, wrapperB);
+        btCollisionAlgorithm* const algorithm =
+            dispatcher.findAlgorithm(&wrapperA, &wrapperB, nullptr, BT_CONTACT_POINT_ALGORITHMS);
+        static const btDispatcherInfo kInfo;
+        algorithm->processCollision(&wrapperA, &wrapperB, kInfo, &deepest);
+        algorithm->~btCollisionAlgorithm();
+        dispatcher.freeCollisionAlgorithm(algorithm);
+        return deepest.answer;
     }
 
   private:
-    static bool IsBox(const Placed& a) { return a.shape->getShapeType() == BOX_SHAPE_PROXYTYPE; }
-    static bool IsSphere(const Placed& a) {
-        return a.shape->getShapeType() == SPHERE_SHAPE_PROXYTYPE;
+    struct Wrapper : btCollisionObjectWrapper {
+        explicit Wrapper(const Placed& a)
+            : btCollisionObjectWrapper(nullptr, a.shape.get(), &a.object,
+                                       a.object.getWorldTransform(), -1, -1) {}
+    };
+    struct Deepest : btManifoldResult {
+        Deepest(const Wrapper& a, const Wrapper& b) : btManifoldResult(&a, &b) {}
+        void addContactPoint(const btVector3& normal, const btVector3& onSecond,
+                             btScalar distance) override {
+            if (distance < answer.distance) {
+                answer = {distance, onSecond + normal * distance, onSecond};
+            }
+        }
+        Answer answer{1, {}, {}};
+    };
+};
+
+/// The detectors made for two boxes and for a sphere and a box, called past all choice by kind.
+class Direct {
+  public:
+    static bool InContact(const Placed& a, const Placed& b) { return Depth(a, b).distance <= 0; }
+    static Answer Distance(const Placed&, const Placed&) { return {}; }
+    static Answer Depth(const Placed& a, const Placed& b) {
+        return a.shape->getShapeType() == BOX_SHAPE_PROXYTYPE ? BoxBox(a, b) : SphereBox(a, b);
     }
+
+  private:
     static Answer BoxBox(const Placed& a, const Placed& b) {
         btBoxBoxDetector detector(static_cast<const btBoxShape*>(a.shape.get()),
                                   static_cast<const btBoxShape*>(b.shape.get()));
@@ -185,7 +205,7 @@ class SpecialCases {
                 collector.m_pointInWorld + collector.m_normalOnBInWorld * collector.m_distance,
                 collector.m_pointInWorld};
     }
-    static Answer SphereBox(const Placed& sphere, const Placed& box, btScalar reach) {
+    static Answer SphereBox(const Placed& sphere, const Placed& box) {
         static btDefaultCollisionConfiguration configuration;
         static btCollisionDispatcher dispatcher(&configuration);
         static btCollisionAlgorithmConstructionInfo info(&dispatcher, 0);
@@ -196,8 +216,7 @@ class SpecialCases {
         btScalar distance = 1;
         const btVector3& centre = sphere.object.getWorldTransform().getOrigin();
         const btScalar radius = static_cast<const btSphereShape*>(sphere.shape.get())->getRadius();
-        if (!algorithm.getSphereDistance(&wrapper, onBox, normal, distance, centre, radius,
-                                         reach)) {
+        if (!algorithm.getSphereDistance(&wrapper, onBox, normal, distance, centre, radius, 0)) {
             return {1, {}, {}};
         }
         return {distance, centre - normal * radius, onBox};
@@ -238,9 +257,14 @@ class BulletLibrary : public Library {
 }  // namespace
 
 std::vector<LibraryKind> BulletLibraries() {
-    return {{"bullet-pair", [] { return std::make_unique<BulletLibrary<PairDetector>>(); }},
-            {"bullet-epa", [] { return std::make_unique<BulletLibrary<GjkEpa>>(); }},
-            {"bullet-own", [] { return std::make_unique<BulletLibrary<SpecialCases>>(); }}};
+    return {
+        {"bullet-pair", [] { return std::make_unique<BulletLibrary<PairDetector>>(); }},
+        {"bullet-epa", [] { return std::make_unique<BulletLibrary<GjkEpa>>(); }},
+        {"bullet-world", [] { return std::make_unique<BulletLibrary<World>>(); },
+         kContact | kDepth},
+        {"bullet-direct", [] { return std::make_unique<BulletLibrary<Direct>>(); },
+         kContact | kDepth, true},
+    };
 }
 
 }  // namespace bench

@@ -8,6 +8,7 @@
 #include <fcl/narrowphase/collision_object.h>
 #include <fcl/narrowphase/distance.h>
 
+#include <cmath>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -134,25 +135,42 @@ class FclLibrary : public Library {
             return -1;
         }
         const fcl::Contactd& contact = result.getContact(0);
+        // One of the solvers gives depths below 0.
         const Vector half = contact.normal * (contact.penetration_depth / 2);
         points = {ToPoint(contact.pos + half), ToPoint(contact.pos - half)};
-        return contact.penetration_depth;
+        return std::abs(contact.penetration_depth);
     }
 
-  private:
+  protected:
     const fcl::CollisionObjectd* Object(int object) const {
         return m_objects[static_cast<std::size_t>(object)].get();
     }
 
+  private:
     fcl::GJKSolverType m_solver;
     std::vector<std::unique_ptr<fcl::CollisionObjectd>> m_objects;
+};
+
+/// The depth by way of the signed distance, which is slower and more often right.
+class FclSigned : public FclLibrary {
+  public:
+    FclSigned() : FclLibrary(fcl::GST_LIBCCD) {}
+
+    double Depth(int object1, int object2, Points& points) override {
+        const fcl::DistanceRequestd request(true, true);
+        fcl::DistanceResultd result;
+        const double distance = fcl::distance(Object(object1), Object(object2), request, result);
+        points = {ToPoint(result.nearest_points[0]), ToPoint(result.nearest_points[1])};
+        return -distance;
+    }
 };
 
 }  // namespace
 
 std::vector<LibraryKind> FclLibraries() {
     return {{"fcl-ccd", [] { return std::make_unique<FclLibrary>(fcl::GST_LIBCCD); }},
-            {"fcl-indep", [] { return std::make_unique<FclLibrary>(fcl::GST_INDEP); }}};
+            {"fcl-indep", [] { return std::make_unique<FclLibrary>(fcl::GST_INDEP); }},
+            {"fcl-signed", [] { return std::make_unique<FclSigned>(); }, kDepth}};
 }
 
 }  // namespace bench

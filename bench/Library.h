@@ -42,10 +42,17 @@ class Library {
     virtual double Depth(int object1, int object2, Points& points) = 0;
 };
 
+/// What a library may be asked about two objects, as bits.
+enum Question : unsigned { kContact = 1, kDistance = 2, kDepth = 4 };
+
 struct LibraryKind {
     /// The library, then, where it has several ways to the same answer, the way: "fcl-indep".
     std::string name;
     std::function<std::unique_ptr<Library>()> make;
+    /// Where this way differs from the library's others.
+    unsigned questions = kContact | kDistance | kDepth;
+    /// It knows these shapes alone.
+    bool spheresAndBoxesAlone = false;
 };
 
 /// Those that this build has, ours first.

@@ -107,6 +107,12 @@ const char* Name(PairCase pairCase) {
     return kNames[static_cast<int>(pairCase)];
 }
 
+Spec RandomObject(Random& random) {
+    Spec spec = ShapeOf(random, RandomKind(random));
+    spec.matrix = RandomTurn(random);
+    return spec;
+}
+
 oracle::Matrix RandomTurn(Random& random) {
     return RandomPlacement(random, oracle::Placement::kRigid);
 }

@@ -24,6 +24,8 @@ inline constexpr int kPoolSize = 1000;
 /// one scene.
 std::vector<oracle::Pair> MakePool(PairCase pairCase, Touching touching);
 
+/// A shape of any of the kinds that a pool mixes, turned at random, about the origin.
+oracle::Spec RandomObject(oracle::Random& random);
 /// A rigid placement, turned at random, about the origin.
 oracle::Matrix RandomTurn(oracle::Random& random);
 oracle::Spec MovedBy(oracle::Spec spec, float x, float y, float z);

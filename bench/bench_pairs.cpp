@@ -24,8 +24,9 @@ using bench::Library;
 using bench::PairCase;
 using bench::Points;
 
-struct Question {
+struct Workload {
     const char* name;
+    bench::Question question;
     bench::Touching pairs;
     /// Asks about pair i; whether the two are in contact, or what says so.
     bool (*ask)(Library& library, int i);
@@ -49,9 +50,10 @@ bool AskDepth(Library& library, int i) {
     return depth >= 0;
 }
 
-constexpr Question kQuestions[] = {{"W1", bench::Touching::kEverySecond, AskContact},
-                                   {"W2", bench::Touching::kNever, AskDistance},
-                                   {"W3", bench::Touching::kAlways, AskDepth}};
+constexpr Workload kWorkloads[] = {
+    {"W1", bench::kContact, bench::Touching::kEverySecond, AskContact},
+    {"W2", bench::kDistance, bench::Touching::kNever, AskDistance},
+    {"W3", bench::kDepth, bench::Touching::kAlways, AskDepth}};
 
 const std::vector<oracle::Pair>& Pool(PairCase pairCase, bench::Touching touching) {
     static std::map<std::pair<PairCase, bench::Touching>, std::vector<oracle::Pair>> pools;
@@ -62,11 +64,11 @@ const std::vector<oracle::Pair>& Pool(PairCase pairCase, bench::Touching touchin
     return pool;
 }
 
-std::unique_ptr<Library> Filled(const bench::LibraryKind& kind, const Question& question,
+std::unique_ptr<Library> Filled(const bench::LibraryKind& kind, const Workload& workload,
                                 PairCase pairCase) {
     auto library = kind.make();
     int group = 0;
-    for (const oracle::Pair& pair : Pool(pairCase, question.pairs)) {
+    for (const oracle::Pair& pair : Pool(pairCase, workload.pairs)) {
         library->Add(pair.a, group++);
         library->Add(pair.b, group++);
     }
@@ -74,21 +76,21 @@ std::unique_ptr<Library> Filled(const bench::LibraryKind& kind, const Question& 
 }
 
 /// Asks about all pairs; how many of them touch. Callgrind counts what this takes.
-[[gnu::noinline]] int MeasuredPass(Library& library, const Question& question) {
+[[gnu::noinline]] int MeasuredPass(Library& library, const Workload& workload) {
     int touching = 0;
     for (int i = 0; i < bench::kPoolSize; ++i) {
-        touching += question.ask(library, i) ? 1 : 0;
+        touching += workload.ask(library, i) ? 1 : 0;
     }
     return touching;
 }
 
-void Measure(benchmark::State& state, const bench::LibraryKind& kind, const Question& question,
+void Measure(benchmark::State& state, const bench::LibraryKind& kind, const Workload& workload,
              PairCase pairCase) {
-    const auto library = Filled(kind, question, pairCase);
-    state.counters["touching"] = MeasuredPass(*library, question);
+    const auto library = Filled(kind, workload, pairCase);
+    state.counters["touching"] = MeasuredPass(*library, workload);
     int i = 0;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(question.ask(*library, i));
+        benchmark::DoNotOptimize(workload.ask(*library, i));
         i = i + 1 == bench::kPoolSize ? 0 : i + 1;
     }
 }
@@ -97,11 +99,16 @@ void Measure(benchmark::State& state, const bench::LibraryKind& kind, const Ques
 template <typename Visit>
 void ForEach(const Visit& visit) {
     static const std::vector<bench::LibraryKind> libraries = bench::AllLibraries();
-    for (const Question& question : kQuestions) {
+    for (const Workload& workload : kWorkloads) {
         for (const PairCase pairCase : bench::kPairCases) {
             for (const bench::LibraryKind& kind : libraries) {
-                visit(std::string(question.name) + "/" + Name(pairCase) + "/" + kind.name, kind,
-                      question, pairCase);
+                if ((kind.questions & workload.question) == 0 ||
+                    (kind.spheresAndBoxesAlone && pairCase != PairCase::kBoxBox &&
+                     pairCase != PairCase::kSphereBox)) {
+                    continue;
+                }
+                visit(std::string(workload.name) + "/" + Name(pairCase) + "/" + kind.name, kind,
+                      workload, pairCase);
             }
         }
     }
@@ -110,11 +117,11 @@ void ForEach(const Visit& visit) {
 /// One pass over a pool, for callgrind. 1 if there is no benchmark of that name.
 int RunPass(const char* wanted) {
     int status = 1;
-    ForEach([&](const std::string& name, const bench::LibraryKind& kind, const Question& question,
+    ForEach([&](const std::string& name, const bench::LibraryKind& kind, const Workload& workload,
                 PairCase pairCase) {
         if (name == wanted) {
-            const auto library = Filled(kind, question, pairCase);
-            std::printf("%d of %d pairs touch\n", MeasuredPass(*library, question),
+            const auto library = Filled(kind, workload, pairCase);
+            std::printf("%d of %d pairs touch\n", MeasuredPass(*library, workload),
                         bench::kPoolSize);
             status = 0;
         }
@@ -129,10 +136,10 @@ int main(int argc, char** argv) {
     if (argc == 2 && std::strncmp(argv[1], kPass, sizeof kPass - 1) == 0) {
         return RunPass(argv[1] + sizeof kPass - 1);
     }
-    ForEach([](const std::string& name, const bench::LibraryKind& kind, const Question& question,
+    ForEach([](const std::string& name, const bench::LibraryKind& kind, const Workload& workload,
                PairCase pairCase) {
-        benchmark::RegisterBenchmark(name.c_str(), [&kind, &question, pairCase](auto& state) {
-            Measure(state, kind, question, pairCase);
+        benchmark::RegisterBenchmark(name.c_str(), [&kind, &workload, pairCase](auto& state) {
+            Measure(state, kind, workload, pairCase);
         });
     });
     benchmark::Initialize(&argc, argv);
