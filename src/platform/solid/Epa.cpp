@@ -14,10 +14,15 @@ namespace {
 struct Face {
     std::int32_t vertex[3];
     std::int32_t neighbour[3];  ///< across the edge from vertex[i] to vertex[(i + 1) % 3]
-    Vec3 normal;                ///< unit, outwards
-    double offset;              ///< of the plane along the normal; below 0 if the origin is outside
-    bool alive = true;
+    std::int32_t edge[3];       ///< which edge of that neighbour it is
+    bool alive;
+    Vec3 normal;    ///< unit, outwards
+    double offset;  ///< of the plane along the normal; below 0 if the origin is outside
 };
+
+constexpr int Following(int edge) {
+    return edge < 2 ? edge + 1 : 0;
+}
 
 /// A face of the border of the hull, and the offset it was entered with.
 struct Candidate {
@@ -29,64 +34,56 @@ struct Candidate {
     }
 };
 
-/// A border edge of the faces that a new point sees.
-struct HorizonEdge {
-    std::int32_t from, to;
-    std::int32_t outside;  ///< the face beyond, which does not see the point
+/// An edge of a face.
+struct FaceEdge {
+    std::int32_t face, edge;
 };
 
 /// The lists of an expansion. They are kept from query to query of a thread, since making them anew
 /// takes longer than a query does.
 struct Workspace {
     std::vector<SupportPoint> points;
+    std::vector<std::int32_t> rimOf;  ///< by point: the last rim that it was on, as its apex
     std::vector<Face> faces;
     std::vector<Candidate> heap;
     std::vector<std::int32_t> visible;
-    std::vector<HorizonEdge> horizon;
-    std::vector<std::int32_t> faceFrom;  ///< by vertex: the new face whose rim edge starts there
-
-    void Clear() {
-        points.clear();
-        faces.clear();
-        heap.clear();
-    }
+    std::vector<FaceEdge> open;
+    std::vector<FaceEdge> rim;
 };
 
 class Expansion {
   public:
-    Expansion(const Core& a, const Core& b, Workspace& space)
-        : m_a(a),
-          m_b(b),
-          m_points(space.points),
-          m_faces(space.faces),
-          m_heap(space.heap),
-          m_visible(space.visible),
-          m_horizon(space.horizon),
-          m_faceFrom(space.faceFrom) {
-        space.Clear();
+    Expansion(const Core& a, const Core& b, Workspace& space) : m_a(a), m_b(b), m_space(space) {
+        m_space.points.clear();
+        m_space.rimOf.clear();
+        m_space.faces.clear();
+        m_space.heap.clear();
     }
-    DepthResult Run();
+    DepthResult Run(const Simplex* start);
 
   private:
     SupportPoint Probe(const Vec3& unit);
+    bool StartFrom(const Simplex& simplex);
     std::optional<DepthResult> MakeTetrahedron();
     DepthResult Flat(const Vec3& unit, const SupportPoint& anyPoint);
-    int AddFace(std::int32_t i, std::int32_t j, std::int32_t k);
+    bool AddTetrahedron(const SupportPoint* corners);
+    std::int32_t AddPoint(const SupportPoint& point);
+    Face& FaceAt(std::int32_t index) { return m_space.faces[static_cast<std::size_t>(index)]; }
+    const Vec3& W(std::int32_t point) const {
+        return m_space.points[static_cast<std::size_t>(point)].w;
+    }
+    bool AddFace(std::int32_t i, std::int32_t j, std::int32_t k);
+    void Join(FaceEdge one, FaceEdge other);
     bool Expand(std::int32_t face, const SupportPoint& point);
-    bool CollectHorizon(std::int32_t face, const Vec3& point);
-    DepthResult Finish(const Face& face, double height);
+    bool CollectRim(std::int32_t face, std::int32_t apex);
+    DepthResult Finish(const Vec3& axis, double height);
 
     const Core& m_a;
     const Core& m_b;
+    Workspace& m_space;
     double m_scale = 0;
     double m_best = Aabb::kInfinity;  ///< least height of a support plane so far: a certain depth
     Vec3 m_bestAxis{1, 0, 0};
-    std::vector<SupportPoint>& m_points;
-    std::vector<Face>& m_faces;
-    std::vector<Candidate>& m_heap;
-    std::vector<std::int32_t>& m_visible;
-    std::vector<HorizonEdge>& m_horizon;
-    std::vector<std::int32_t>& m_faceFrom;
 };
 
 /// The support point along a unit direction; each is a depth that would part the two.
@@ -108,6 +105,25 @@ DepthResult Expansion::Flat(const Vec3& unit, const SupportPoint& anyPoint) {
     result.depth = std::max(0.0, Dot(anyPoint.w, unit));
     FindDepthPoints(m_a, m_b, result);
     return result;
+}
+
+/// Takes over a simplex that holds the origin. False if it is no tetrahedron, or nearly flat.
+bool Expansion::StartFrom(const Simplex& simplex) {
+    if (simplex.count != 4)
+        return false;
+    const SupportPoint* p = simplex.points;
+    const Vec3 edge[3] = {p[1].w - p[0].w, p[2].w - p[0].w, p[3].w - p[0].w};
+    const double volume = Dot(Cross(edge[0], edge[1]), edge[2]);
+    const double longest =
+        std::max({LengthSquared(edge[0]), LengthSquared(edge[1]), LengthSquared(edge[2])});
+    if (!(volume * volume > kStartVolume * kStartVolume * longest * longest * longest))
+        return false;
+    for (int i = 0; i < 4; ++i)
+        m_scale = std::max({m_scale, MaxNorm(p[i].w), MaxNorm(p[i].a - m_a.centre)});
+    SupportPoint corners[4] = {p[0], p[1], p[2], p[3]};
+    if (volume > 0)
+        std::swap(corners[1], corners[2]);
+    return AddTetrahedron(corners);
 }
 
 /// Builds a tetrahedron with volume from extreme points, or finds that there is none.
@@ -155,157 +171,194 @@ std::optional<DepthResult> Expansion::MakeTetrahedron() {
     if (!(std::max(up, down) > flat))
         return Flat(plane, above);
 
-    m_points.assign({ends[0], ends[1], third, up >= down ? above : below});
+    SupportPoint corners[4] = {ends[0], ends[1], third, up >= down ? above : below};
     if (up >= down)
-        std::swap(m_points[1], m_points[2]);
-    static constexpr std::int32_t kCorners[4][3] = {{0, 1, 2}, {0, 3, 1}, {1, 3, 2}, {2, 3, 0}};
-    for (const auto& c : kCorners) {
-        if (AddFace(c[0], c[1], c[2]) < 0)
-            return Flat(plane, above);
-    }
-    // The faces beyond the edges of each, in the order of its vertices.
-    static constexpr std::int32_t kNeighbours[4][3] = {{1, 2, 3}, {3, 2, 0}, {1, 3, 0}, {2, 1, 0}};
-    for (int f = 0; f < 4; ++f)
-        std::copy_n(kNeighbours[f], 3, m_faces[static_cast<std::size_t>(f)].neighbour);
+        std::swap(corners[1], corners[2]);
+    if (!AddTetrahedron(corners))
+        return Flat(plane, above);
     return std::nullopt;
 }
 
-/// The index of the new face, or -1 if its corners stand in a line.
-int Expansion::AddFace(std::int32_t i, std::int32_t j, std::int32_t k) {
-    const Vec3& p = m_points[static_cast<std::size_t>(i)].w;
-    const Vec3 pq = m_points[static_cast<std::size_t>(j)].w - p;
-    const Vec3 pr = m_points[static_cast<std::size_t>(k)].w - p;
-    Face face{{i, j, k}, {-1, -1, -1}, Cross(pq, pr), 0, true};
-    const double area = Length(face.normal);
+/// Of four points of which the last lies below the first three. False if a face has no area.
+bool Expansion::AddTetrahedron(const SupportPoint* corners) {
+    for (int i = 0; i < 4; ++i)
+        AddPoint(corners[i]);
+    static constexpr std::int32_t kCorners[4][3] = {{0, 1, 2}, {0, 3, 1}, {1, 3, 2}, {2, 3, 0}};
+    for (const auto& c : kCorners) {
+        if (!AddFace(c[0], c[1], c[2])) {
+            m_space.points.clear();
+            m_space.rimOf.clear();
+            m_space.faces.clear();
+            m_space.heap.clear();
+            return false;
+        }
+    }
+    static constexpr FaceEdge kEdges[6][2] = {{{0, 0}, {1, 2}}, {{0, 1}, {2, 2}}, {{0, 2}, {3, 2}},
+                                              {{1, 0}, {3, 1}}, {{1, 1}, {2, 0}}, {{2, 1}, {3, 0}}};
+    for (const auto& edge : kEdges)
+        Join(edge[0], edge[1]);
+    return true;
+}
+
+std::int32_t Expansion::AddPoint(const SupportPoint& point) {
+    m_space.points.push_back(point);
+    m_space.rimOf.push_back(-1);
+    return static_cast<std::int32_t>(m_space.points.size()) - 1;
+}
+
+/// Adds a face without neighbours to the list, unless its corners stand in a line.
+bool Expansion::AddFace(std::int32_t i, std::int32_t j, std::int32_t k) {
+    const Vec3& p = W(i);
+    const Vec3 pq = W(j) - p;
+    const Vec3 pr = W(k) - p;
+    const Vec3 normal = Cross(pq, pr);
+    const double squared = LengthSquared(normal);
     const double longest = std::max(LengthSquared(pq), LengthSquared(pr));
-    if (!(area > 1e-15 * longest))
-        return -1;
-    face.normal *= 1 / area;
-    // Of the three corners the one nearest to the foot loses least; the mean balances the rounding.
-    face.offset = (Dot(p, face.normal) * 3 + Dot(pq, face.normal) + Dot(pr, face.normal)) / 3;
-    m_faces.push_back(face);
-    const auto index = static_cast<std::int32_t>(m_faces.size()) - 1;
-    // A face above the best depth so far bounds nothing any more.
-    if (face.offset < m_best) {
-        m_heap.push_back({face.offset, index});
-        std::push_heap(m_heap.begin(), m_heap.end());
-    }
-    return index;
-}
-
-/// Gathers the faces that `point` sees, from `face` on, and the edges around them in one ring.
-/// False when rounding has left no simple ring.
-bool Expansion::CollectHorizon(std::int32_t face, const Vec3& point) {
-    const double eps = kDepthFloor * m_scale;
-    m_visible.assign(1, face);
-    m_horizon.clear();
-    m_faces[static_cast<std::size_t>(face)].alive = false;
-    for (std::size_t next = 0; next < m_visible.size(); ++next) {
-        const Face current = m_faces[static_cast<std::size_t>(m_visible[next])];
-        for (int e = 0; e < 3; ++e) {
-            Face& other = m_faces[static_cast<std::size_t>(current.neighbour[e])];
-            if (!other.alive)
-                continue;
-            if (Dot(other.normal, point) - other.offset > eps) {
-                other.alive = false;
-                m_visible.push_back(current.neighbour[e]);
-            }
-        }
-    }
-    for (const std::int32_t seen : m_visible) {
-        const Face& current = m_faces[static_cast<std::size_t>(seen)];
-        for (int e = 0; e < 3; ++e) {
-            if (m_faces[static_cast<std::size_t>(current.neighbour[e])].alive)
-                m_horizon.push_back(
-                    {current.vertex[e], current.vertex[(e + 1) % 3], current.neighbour[e]});
-        }
-    }
-    // One simple ring: each vertex starts one edge, and following the edges visits them all.
-    m_faceFrom.assign(m_points.size() + 1, -1);
-    for (std::size_t i = 0; i < m_horizon.size(); ++i) {
-        std::int32_t& slot = m_faceFrom[static_cast<std::size_t>(m_horizon[i].from)];
-        if (slot >= 0)
-            return false;
-        slot = static_cast<std::int32_t>(i);
-    }
-    std::size_t visited = 0;
-    for (std::int32_t i = 0; visited < m_horizon.size(); ++visited) {
-        i = m_faceFrom[static_cast<std::size_t>(m_horizon[static_cast<std::size_t>(i)].to)];
-        if (i < 0 || (i == 0 && visited + 1 < m_horizon.size()))
-            return false;
-    }
-    return m_horizon.size() >= 3;
-}
-
-/// Adds a point above `face`. False, and nothing changed, when rounding stands in the way.
-bool Expansion::Expand(std::int32_t face, const SupportPoint& point) {
-    const std::size_t facesBefore = m_faces.size();
-    const auto apex = static_cast<std::int32_t>(m_points.size());
-    const auto undo = [&] {
-        for (const std::int32_t seen : m_visible)
-            m_faces[static_cast<std::size_t>(seen)].alive = true;
-        m_faces.resize(facesBefore, m_faces.front());
-        std::erase_if(m_heap, [&](const Candidate& c) {
-            return c.face >= static_cast<std::int32_t>(facesBefore);
-        });
-        std::make_heap(m_heap.begin(), m_heap.end());
+    if (!(squared > kFaceArea * kFaceArea * longest * longest))
         return false;
-    };
-    if (!CollectHorizon(face, point.w))
-        return undo();
-    m_points.push_back(point);
-    for (const HorizonEdge& edge : m_horizon) {
-        const int added = AddFace(edge.from, edge.to, apex);
-        if (added < 0) {
-            m_points.pop_back();
-            return undo();
-        }
-        m_faceFrom[static_cast<std::size_t>(edge.from)] = added;
-    }
-    for (std::size_t i = 0; i < m_horizon.size(); ++i) {
-        const HorizonEdge& edge = m_horizon[i];
-        const auto index = static_cast<std::int32_t>(facesBefore + i);
-        const std::int32_t following = m_faceFrom[static_cast<std::size_t>(edge.to)];
-        m_faces[static_cast<std::size_t>(index)].neighbour[0] = edge.outside;
-        m_faces[static_cast<std::size_t>(index)].neighbour[1] = following;
-        m_faces[static_cast<std::size_t>(following)].neighbour[2] = index;
-        Face& outside = m_faces[static_cast<std::size_t>(edge.outside)];
-        for (int e = 0; e < 3; ++e) {
-            if (outside.vertex[e] == edge.to && outside.vertex[(e + 1) % 3] == edge.from)
-                outside.neighbour[e] = index;
-        }
+    const Vec3 unit = normal * (1 / std::sqrt(squared));
+    // The mean over the corners balances the rounding.
+    const double offset = Dot(p, unit) + (Dot(pq, unit) + Dot(pr, unit)) * (1.0 / 3);
+    const auto index = static_cast<std::int32_t>(m_space.faces.size());
+    m_space.faces.push_back({{i, j, k}, {-1, -1, -1}, {-1, -1, -1}, true, unit, offset});
+    // A face above the best depth so far bounds nothing any more.
+    if (offset < m_best) {
+        m_space.heap.push_back({offset, index});
+        std::push_heap(m_space.heap.begin(), m_space.heap.end());
     }
     return true;
 }
 
-/// The result from the face that holds the foot of the origin; `height` is that of the support
-/// plane parallel to it.
-DepthResult Expansion::Finish(const Face& face, double height) {
+/// Makes two faces neighbours across an edge of each.
+void Expansion::Join(FaceEdge one, FaceEdge other) {
+    Face& f = FaceAt(one.face);
+    Face& g = FaceAt(other.face);
+    f.neighbour[one.edge] = other.face;
+    f.edge[one.edge] = other.edge;
+    g.neighbour[other.edge] = one.face;
+    g.edge[other.edge] = one.edge;
+}
+
+/// Gathers the faces that the point sees, from `face` on, and the edges around them, which belong
+/// to faces that it does not see, in the order of one ring. False when rounding has left no simple
+/// ring.
+bool Expansion::CollectRim(std::int32_t face, std::int32_t apex) {
+    const double eps = kDepthFloor * m_scale;
+    const Vec3 point = W(apex);
+    auto& visible = m_space.visible;
+    auto& open = m_space.open;
+    auto& rim = m_space.rim;
+    visible.clear();
+    open.clear();
+    rim.clear();
+    const auto enter = [&](const Face& seen, int first, int count) {
+        for (int e = first; count > 0; e = e > 0 ? e - 1 : 2, --count)
+            open.push_back({seen.neighbour[e], seen.edge[e]});
+    };
+    FaceAt(face).alive = false;
+    visible.push_back(face);
+    enter(FaceAt(face), 2, 3);
+    while (!open.empty()) {
+        const FaceEdge next = open.back();
+        open.pop_back();
+        Face& other = FaceAt(next.face);
+        if (!other.alive)
+            continue;
+        if (Dot(other.normal, point) - other.offset > eps) {
+            other.alive = false;
+            visible.push_back(next.face);
+            // The two other edges, the one after `next.edge` on top.
+            enter(other, next.edge > 0 ? next.edge - 1 : 2, 2);
+        } else {
+            rim.push_back(next);
+        }
+    }
+    // One simple ring: each edge ends where the following one starts, and no vertex comes twice.
+    if (rim.size() < 3)
+        return false;
+    std::int32_t end = FaceAt(rim.back().face).vertex[rim.back().edge];
+    for (const FaceEdge& edge : rim) {
+        const Face& outside = FaceAt(edge.face);
+        const std::int32_t start = outside.vertex[Following(edge.edge)];
+        std::int32_t& seenBy = m_space.rimOf[static_cast<std::size_t>(start)];
+        if (start != end || seenBy == apex)
+            return false;
+        seenBy = apex;
+        end = outside.vertex[edge.edge];
+    }
+    return true;
+}
+
+/// Adds a point above `face`. False, and nothing changed, when rounding stands in the way.
+bool Expansion::Expand(std::int32_t face, const SupportPoint& point) {
+    auto& faces = m_space.faces;
+    const auto before = static_cast<std::int32_t>(faces.size());
+    const std::int32_t apex = AddPoint(point);
+    bool good = CollectRim(face, apex);
+    for (std::size_t i = 0; good && i < m_space.rim.size(); ++i) {
+        const FaceEdge& edge = m_space.rim[i];
+        const Face& outside = FaceAt(edge.face);
+        good = AddFace(outside.vertex[Following(edge.edge)], outside.vertex[edge.edge], apex);
+    }
+    if (!good) {
+        for (const std::int32_t seen : m_space.visible)
+            FaceAt(seen).alive = true;
+        faces.erase(faces.begin() + before, faces.end());
+        std::erase_if(m_space.heap, [&](const Candidate& c) { return c.face >= before; });
+        std::make_heap(m_space.heap.begin(), m_space.heap.end());
+        // The number is not used again: it marks vertices of the rim.
+        return false;
+    }
+    const auto count = static_cast<std::int32_t>(m_space.rim.size());
+    for (std::int32_t i = 0; i < count; ++i) {
+        Join({before + i, 0}, m_space.rim[static_cast<std::size_t>(i)]);
+        Join({before + i, 1}, {before + (i + 1 < count ? i + 1 : 0), 2});
+    }
+    return true;
+}
+
+/// The result along an axis whose support plane has that height. The points come from where the
+/// axis leaves the hull, which is as high but for what is left open.
+DepthResult Expansion::Finish(const Vec3& axis, double height) {
     DepthResult result;
     result.depth = std::max(height, 0.0);
-    result.axis = face.normal;
-    const SupportPoint* corner[3];
-    for (int i = 0; i < 3; ++i)
-        corner[i] = &m_points[static_cast<std::size_t>(face.vertex[i])];
-    const Vec3 foot = face.normal * face.offset;
-    double weight[3];
-    double sum = 0, least = Aabb::kInfinity;
-    for (int i = 0; i < 3; ++i) {
-        const Vec3 side = corner[(i + 2) % 3]->w - corner[(i + 1) % 3]->w;
-        weight[i] = Dot(Cross(side, foot - corner[(i + 1) % 3]->w), face.normal);
-        sum += weight[i];
-        least = std::min(least, weight[i]);
+    result.axis = axis;
+    const Face* leaving = nullptr;
+    double exit = Aabb::kInfinity;
+    for (const Face& face : m_space.faces) {
+        if (!face.alive)
+            continue;
+        const double along = Dot(face.normal, axis);
+        if (along > 0 && face.offset < exit * along) {
+            exit = face.offset / along;
+            leaving = &face;
+        }
     }
-    // A face of the difference that is no triangle stands as several in one plane, and the foot may
-    // lie in another of them.
-    if (!(least >= -kFootOutside * sum)) {
+    if (leaving == nullptr ||
+        !(std::fabs(exit - result.depth) <= kDepthGap * height + kFootOutside * m_scale)) {
         FindDepthPoints(m_a, m_b, result);
         return result;
+    }
+    const SupportPoint* corner[3];
+    for (int i = 0; i < 3; ++i)
+        corner[i] = &m_space.points[static_cast<std::size_t>(leaving->vertex[i])];
+    const Vec3 foot = axis * exit;
+    double weight[3];
+    double sum = 0;
+    for (int i = 0; i < 3; ++i) {
+        const Vec3& from = corner[(i + 1) % 3]->w;
+        const Vec3 side = corner[(i + 2) % 3]->w - from;
+        weight[i] = std::max(0.0, Dot(Cross(side, foot - from), leaving->normal));
+        sum += weight[i];
     }
     Vec3 a, b;
     for (int i = 0; i < 3; ++i) {
         a += corner[i]->a * (weight[i] / sum);
         b += corner[i]->b * (weight[i] / sum);
+    }
+    if (!(Length(a - b - axis * result.depth) <= kDepthGap * height + kFootOutside * m_scale)) {
+        FindDepthPoints(m_a, m_b, result);
+        return result;
     }
     const Vec3 middle = (a + b) * 0.5;
     result.a = middle + result.axis * (0.5 * result.depth);
@@ -313,35 +366,35 @@ DepthResult Expansion::Finish(const Face& face, double height) {
     return result;
 }
 
-DepthResult Expansion::Run() {
-    if (const auto flat = MakeTetrahedron())
-        return *flat;
-    for (int step = 0; step < kMaxDepthSteps && !m_heap.empty(); ++step) {
-        std::pop_heap(m_heap.begin(), m_heap.end());
-        const Candidate candidate = m_heap.back();
-        m_heap.pop_back();
-        const Face face = m_faces[static_cast<std::size_t>(candidate.face)];
-        if (!face.alive) {
-            --step;
+DepthResult Expansion::Run(const Simplex* start) {
+    if (start == nullptr || !StartFrom(*start)) {
+        if (const auto flat = MakeTetrahedron())
+            return *flat;
+    }
+    auto& heap = m_space.heap;
+    for (int step = 0; step < kMaxDepthSteps && !heap.empty();) {
+        const Candidate candidate = heap.front();
+        std::pop_heap(heap.begin(), heap.end());
+        heap.pop_back();
+        const Face& face = FaceAt(candidate.face);
+        if (!face.alive)
             continue;
-        }
+        ++step;
         const double enough = kDepthGap * m_best + kDepthFloor * m_scale;
         if (face.offset >= m_best - enough)
             break;  // no direction can do better than the best one so far
-        const SupportPoint point = Probe(face.normal);
-        const double height = Dot(point.w, face.normal);
-        if (height - face.offset <= kDepthGap * height + kDepthFloor * m_scale) {
+        const Vec3 normal = face.normal;
+        const double offset = face.offset;
+        const SupportPoint point = Probe(normal);
+        const double height = Dot(point.w, normal);
+        if (height - offset <= kDepthGap * height + kDepthFloor * m_scale) {
             if (height <= m_best + enough)
-                return Finish(face, height);
+                return Finish(normal, height);
             continue;
         }
         Expand(candidate.face, point);
     }
-    DepthResult result;
-    result.depth = std::max(m_best, 0.0);
-    result.axis = m_bestAxis;
-    FindDepthPoints(m_a, m_b, result);
-    return result;
+    return Finish(m_bestAxis, m_best);
 }
 
 }  // namespace
@@ -356,9 +409,9 @@ void FindDepthPoints(const Core& a, const Core& b, DepthResult& result) {
     result.b = common - result.axis * result.depth;
 }
 
-DepthResult ExpandPolytope(const Core& a, const Core& b) {
+DepthResult ExpandPolytope(const Core& a, const Core& b, const Simplex* start) {
     thread_local Workspace space;
-    return Expansion(a, b, space).Run();
+    return Expansion(a, b, space).Run(start);
 }
 
 }  // namespace solid

@@ -14,7 +14,8 @@ struct DepthResult {
     Vec3 a, b;           ///< points of the cores with a - b = depth * axis
 };
 
-DepthResult ExpandPolytope(const Core& a, const Core& b);
+/// `start`: the simplex in which the contact test ended, if there is one.
+DepthResult ExpandPolytope(const Core& a, const Core& b, const Simplex* start = nullptr);
 
 /// Given a depth and its axis, the points a and b that have it.
 void FindDepthPoints(const Core& a, const Core& b, DepthResult& result);

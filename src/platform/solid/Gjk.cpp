@@ -197,7 +197,7 @@ struct LowerBound {
 
 }  // namespace
 
-GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question) {
+GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question, Simplex* last) {
     const double radius = a.radius + b.radius;
     GjkResult result;
     bool decided = false;
@@ -256,6 +256,8 @@ GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question) {
         squared = nearest.squared;
     }
 
+    if (last != nullptr)
+        *last = simplex;
     if (result.coresTouch)
         decide(true);
     const double distance = result.coresTouch ? 0 : std::sqrt(squared);

@@ -45,6 +45,7 @@ enum class GjkQuestion {
     kCores,     ///< the distance of the cores, also where the radii make them touch
 };
 
-GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question);
+/// `last` takes the simplex that the iteration ends with.
+GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question, Simplex* last = nullptr);
 
 }  // namespace solid

@@ -58,16 +58,18 @@ PointPair GjkClosest(const Core& a, const Core& b) {
 }
 
 bool GjkPenetration(const Core& a, const Core& b, PointPair& result) {
-    if (!GjkContact(a, b))
+    Simplex last;
+    const GjkResult touch = RunGjk(a, b, GjkQuestion::kContact, &last);
+    if (!touch.contact)
         return false;
-    if (a.radius + b.radius > 0) {
-        const GjkResult gjk = RunGjk(a, b, GjkQuestion::kCores);
+    if (a.radius + b.radius > 0 && !touch.coresTouch) {
+        const GjkResult gjk = RunGjk(a, b, GjkQuestion::kCores, &last);
         if (!gjk.coresTouch) {
             result = Deep(a, b, gjk.a, gjk.b, -gjk.axis, -gjk.distance);
             return true;
         }
     }
-    const DepthResult epa = ExpandPolytope(a, b);
+    const DepthResult epa = ExpandPolytope(a, b, &last);
     result = Deep(a, b, epa.a, epa.b, epa.axis, epa.depth);
     return true;
 }

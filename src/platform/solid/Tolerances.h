@@ -36,6 +36,13 @@ inline constexpr double kDepthFloor = 1e-13;
 /// another.
 inline constexpr double kFootOutside = 1e-9;
 
+/// Unit: cube of the longest edge. A simplex of the contact test with less volume is no start for an
+/// expansion: its faces would be rounding.
+inline constexpr double kStartVolume = 1e-6;
+
+/// Unit: square of the longest edge. A face of an expansion with less area has no normal.
+inline constexpr double kFaceArea = 1e-15;
+
 /// Unit: extent of the body. A difference body thinner than this is flat, and the depth is measured
 /// across it.
 inline constexpr double kFlat = 1e-12;
