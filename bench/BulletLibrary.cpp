@@ -1,32 +1,26 @@
-#include <BulletCollision/CollisionDispatch/btBoxBoxDetector.h>
-#include <BulletCollision/CollisionDispatch/btCollisionObjectWrapper.h>
-#include <BulletCollision/CollisionDispatch/btSphereBoxCollisionAlgorithm.h>
-#include <BulletCollision/NarrowPhaseCollision/btGjkEpa2.h>
-#include <BulletCollision/NarrowPhaseCollision/btGjkEpaPenetrationDepthSolver.h>
-#include <BulletCollision/NarrowPhaseCollision/btGjkPairDetector.h>
-#include <BulletCollision/NarrowPhaseCollision/btPointCollector.h>
-#include <BulletCollision/NarrowPhaseCollision/btVoronoiSimplexSolver.h>
+#include <BulletCollision/Gimpact/btGImpactShape.h>
 #include <btBulletCollisionCommon.h>
 
+#include <deque>
 #include <memory>
+#include <utility>
 #include <vector>
 
+#include "BulletWays.h"
 #include "Library.h"
 
 namespace bench {
 
 namespace {
 
-btVector3 ToVector(const Point& p) {
-    return {p[0], p[1], p[2]};
-}
+using bullet::Answer;
+using bullet::Placed;
+using bullet::ToPoint;
+using bullet::ToVector;
 
-Point ToPoint(const btVector3& v) {
-    return {v.x(), v.y(), v.z()};
-}
-
-/// Without the margins that round edges off or grow a shape, for these make wrong answers.
-std::unique_ptr<btConvexShape> ShapeOf(const Spec& spec) {
+/// Without the margins that round edges off or grow a shape, for these make wrong answers. A mesh
+/// has none here.
+std::unique_ptr<btConvexShape> ConvexShapeOf(const Spec& spec) {
     const float a = spec.size[0], b = spec.size[1], c = spec.size[2];
     std::unique_ptr<btConvexShape> shape;
     switch (spec.kind) {
@@ -58,211 +52,230 @@ std::unique_ptr<btConvexShape> ShapeOf(const Spec& spec) {
     return shape;
 }
 
+std::unique_ptr<btTriangleMesh> TrianglesOf(const Spec& spec) {
+    auto triangles = std::make_unique<btTriangleMesh>();
+    std::size_t first = 0;
+    for (const int count : spec.counts) {
+        const auto corners = static_cast<std::size_t>(count);
+        for (std::size_t k = 2; k < corners; ++k) {
+            triangles->addTriangle(ToVector(spec.points[first]),
+                                   ToVector(spec.points[first + k - 1]),
+                                   ToVector(spec.points[first + k]));
+        }
+        first += corners;
+    }
+    return triangles;
+}
+
 btTransform PlaceOf(const Matrix& m) {
     btTransform place;
     place.setFromOpenGLMatrix(m.data());
     return place;
 }
 
-struct Answer {
-    btScalar distance = 0;  ///< below 0: a depth
-    btVector3 first{0, 0, 0}, second{0, 0, 0};
-};
-
-struct Placed {
-    std::unique_ptr<btConvexShape> shape;
-    btCollisionObject object;
-};
-
-/// What the solvers leave out of the shapes: all of a sphere but its middle.
-btScalar Margins(const Placed& a, const Placed& b) {
-    return a.shape->getMargin() + b.shape->getMargin();
+btDbvtVolume BoundsOf(const Placed& placed) {
+    btVector3 low, high;
+    placed.object.getCollisionShape()->getAabb(placed.Place(), low, high);
+    return btDbvtVolume::FromMM(low, high);
 }
 
-/// The detector that its own collision algorithms use: GJK, and EPA where that finds an overlap.
-class PairDetector {
-  public:
-    static bool InContact(const Placed& a, const Placed& b) { return Depth(a, b).distance <= 0; }
-    static Answer Distance(const Placed& a, const Placed& b) { return Ask(a, b, BT_LARGE_FLOAT); }
-    static Answer Depth(const Placed& a, const Placed& b) {
-        const btScalar margins = Margins(a, b);
-        return Ask(a, b, margins * margins);
-    }
-
-  private:
-    static Answer Ask(const Placed& a, const Placed& b, btScalar reachSquared) {
-        btVoronoiSimplexSolver simplex;
-        btGjkEpaPenetrationDepthSolver epa;
-        btGjkPairDetector detector(a.shape.get(), b.shape.get(), &simplex, &epa);
-        btGjkPairDetector::ClosestPointInput input;
-        input.m_transformA = a.object.getWorldTransform();
-        input.m_transformB = b.object.getWorldTransform();
-        input.m_maximumDistanceSquared = reachSquared;
-        btPointCollector collector;
-        detector.getClosestPoints(input, collector, nullptr);
-        return {collector.m_distance,
-                collector.m_pointInWorld + collector.m_normalOnBInWorld * collector.m_distance,
-                collector.m_pointInWorld};
-    }
-};
-
-/// The plain solver beneath: one function for distances, one for depths.
-class GjkEpa {
-  public:
-    static bool InContact(const Placed& a, const Placed& b) {
-        btGjkEpaSolver2::sResults results;
-        return !Cores(a, b, results) || results.distance <= Margins(a, b);
-    }
-    static Answer Distance(const Placed& a, const Placed& b) {
-        btGjkEpaSolver2::sResults results;
-        if (!Cores(a, b, results) || results.distance <= Margins(a, b)) {
-            return {};
-        }
-        const btVector3 along = (results.witnesses[1] - results.witnesses[0]) / results.distance;
-        return {results.distance - Margins(a, b),
-                results.witnesses[0] + along * a.shape->getMargin(),
-                results.witnesses[1] - along * b.shape->getMargin()};
-    }
-    static Answer Depth(const Placed& a, const Placed& b) {
-        btGjkEpaSolver2::sResults results;
-        if (!btGjkEpaSolver2::Penetration(a.shape.get(), a.object.getWorldTransform(),
-                                          b.shape.get(), b.object.getWorldTransform(), Guess(a, b),
-                                          results)) {
-            return {1, {}, {}};
-        }
-        return {-(results.witnesses[0] - results.witnesses[1]).length(), results.witnesses[0],
-                results.witnesses[1]};
-    }
-
-  private:
-    /// False when what remains without margins overlaps, or where the solver gives up.
-    static bool Cores(const Placed& a, const Placed& b, btGjkEpaSolver2::sResults& results) {
-        return btGjkEpaSolver2::Distance(a.shape.get(), a.object.getWorldTransform(), b.shape.get(),
-                                         b.object.getWorldTransform(), Guess(a, b), results);
-    }
-    static btVector3 Guess(const Placed& a, const Placed& b) {
-        return a.object.getWorldTransform().getOrigin() - b.object.getWorldTransform().getOrigin();
-    }
-};
-
-/// What its world does with two objects that are near: the algorithm that is entered for their
-/// shapes.
-class World {
-  public:
-    static bool InContact(const Placed& a, const Placed& b) { return Depth(a, b).distance <= 0; }
-    static Answer Distance(const Placed&, const Placed&) { return {}; }
-    static Answer Depth(const Placed& a, const Placed& b) {
-        static btDefaultCollisionConfiguration configuration;
-        static btCollisionDispatcher dispatcher(&configuration);
-        const Wrapper wrapperA(a), wrapperB(b);
-        Deepest deepest(wrapperA, wrapperB);
-        btCollisionAlgorithm* const algorithm =
-            dispatcher.findAlgorithm(&wrapperA, &wrapperB, nullptr, BT_CONTACT_POINT_ALGORITHMS);
-        static const btDispatcherInfo kInfo;
-        algorithm->processCollision(&wrapperA, &wrapperB, kInfo, &deepest);
-        algorithm->~btCollisionAlgorithm();
-        dispatcher.freeCollisionAlgorithm(algorithm);
-        return deepest.answer;
-    }
-
-  private:
-    struct Wrapper : btCollisionObjectWrapper {
-        explicit Wrapper(const Placed& a)
-            : btCollisionObjectWrapper(nullptr, a.shape.get(), &a.object,
-                                       a.object.getWorldTransform(), -1, -1) {}
-    };
-    struct Deepest : btManifoldResult {
-        Deepest(const Wrapper& a, const Wrapper& b) : btManifoldResult(&a, &b) {}
-        void addContactPoint(const btVector3& normal, const btVector3& onSecond,
-                             btScalar distance) override {
-            if (distance < answer.distance) {
-                answer = {distance, onSecond + normal * distance, onSecond};
-            }
-        }
-        Answer answer{1, {}, {}};
-    };
-};
-
-/// The detectors made for two boxes and for a sphere and a box, called past all choice by kind.
-class Direct {
-  public:
-    static bool InContact(const Placed& a, const Placed& b) { return Depth(a, b).distance <= 0; }
-    static Answer Distance(const Placed&, const Placed&) { return {}; }
-    static Answer Depth(const Placed& a, const Placed& b) {
-        return a.shape->getShapeType() == BOX_SHAPE_PROXYTYPE ? BoxBox(a, b) : SphereBox(a, b);
-    }
-
-  private:
-    static Answer BoxBox(const Placed& a, const Placed& b) {
-        btBoxBoxDetector detector(static_cast<const btBoxShape*>(a.shape.get()),
-                                  static_cast<const btBoxShape*>(b.shape.get()));
-        btBoxBoxDetector::ClosestPointInput input;
-        input.m_transformA = a.object.getWorldTransform();
-        input.m_transformB = b.object.getWorldTransform();
-        btPointCollector collector;
-        detector.getClosestPoints(input, collector, nullptr);
-        return {collector.m_distance,
-                collector.m_pointInWorld + collector.m_normalOnBInWorld * collector.m_distance,
-                collector.m_pointInWorld};
-    }
-    static Answer SphereBox(const Placed& sphere, const Placed& box) {
-        static btDefaultCollisionConfiguration configuration;
-        static btCollisionDispatcher dispatcher(&configuration);
-        static btCollisionAlgorithmConstructionInfo info(&dispatcher, 0);
-        const btCollisionObjectWrapper wrapper(nullptr, box.shape.get(), &box.object,
-                                               box.object.getWorldTransform(), -1, -1);
-        static btSphereBoxCollisionAlgorithm algorithm(nullptr, info, &wrapper, &wrapper, false);
-        btVector3 onBox, normal;
-        btScalar distance = 1;
-        const btVector3& centre = sphere.object.getWorldTransform().getOrigin();
-        const btScalar radius = static_cast<const btSphereShape*>(sphere.shape.get())->getRadius();
-        if (!algorithm.getSphereDistance(&wrapper, onBox, normal, distance, centre, radius, 0)) {
-            return {1, {}, {}};
-        }
-        return {distance, centre - normal * radius, onBox};
-    }
-};
-
+/// A tree of boxes for each group without a parent, with all that is below it; what meets in the
+/// trees is asked in one of Bullet's ways.
 template <typename Way>
 class BulletLibrary : public Library {
   public:
-    void Add(const Spec& spec, int) override {
-        auto placed = std::make_unique<Placed>();
-        placed->shape = ShapeOf(spec);
-        placed->object.setCollisionShape(placed->shape.get());
-        placed->object.setWorldTransform(PlaceOf(spec.matrix));
-        m_objects.push_back(std::move(placed));
+    BulletLibrary() {
+        m_point.shape = std::make_unique<btSphereShape>(0.0f);
+        m_point.object.setCollisionShape(m_point.shape.get());
+        m_point.object.setWorldTransform(btTransform::getIdentity());
+    }
+
+    int AddGroup(int parent) override {
+        const int group = static_cast<int>(m_groups.size());
+        m_groups.emplace_back();
+        m_groups.back().top = parent == kNoGroup ? group : GroupOf(parent).top;
+        return group;
+    }
+    int AddObject(const Spec& spec, int group) override {
+        const int object = static_cast<int>(m_objects.size());
+        m_objects.push_back(std::make_unique<Placed>());
+        Placed& placed = *m_objects.back();
+        placed.shape = ConvexShapeOf(spec);
+        if (placed.shape == nullptr) {
+            m_triangles.push_back(TrianglesOf(spec));
+            placed.shape = std::make_unique<btBvhTriangleMeshShape>(m_triangles.back().get(), true);
+            placed.shape->setMargin(0);
+        }
+        placed.object.setCollisionShape(placed.shape.get());
+        placed.object.setWorldTransform(PlaceOf(spec.matrix));
+        placed.group = GroupOf(group).top;
+        GroupOf(placed.group).added.push_back(&placed);
+        return object;
+    }
+    void Place(int object, const Matrix& matrix) override {
+        At(object).object.setWorldTransform(PlaceOf(matrix));
+        UpdateBounds(At(object));
+    }
+    void Move(int object, const Point& position) override {
+        At(object).object.getWorldTransform().setOrigin(ToVector(position));
+        UpdateBounds(At(object));
     }
 
     bool InContact(int object1, int object2) override {
-        return Way::InContact(Object(object1), Object(object2));
+        Placed &a = At(object1), &b = At(object2);
+        if (IsMesh(a) && IsMesh(b)) {
+            UseGImpact(a);
+            UseGImpact(b);
+        }
+        return Way::InContact(a, b);
     }
     double Distance(int object1, int object2, Points& points) override {
-        const Answer answer = Way::Distance(Object(object1), Object(object2));
+        const Answer answer = Way::Distance(At(object1), At(object2));
         points = {ToPoint(answer.first), ToPoint(answer.second)};
         return answer.distance < 0 ? 0 : static_cast<double>(answer.distance);
     }
     double Depth(int object1, int object2, Points& points) override {
-        const Answer answer = Way::Depth(Object(object1), Object(object2));
+        const Answer answer = Way::Depth(At(object1), At(object2));
         points = {ToPoint(answer.first), ToPoint(answer.second)};
         return answer.distance > 0 ? -1 : -static_cast<double>(answer.distance);
     }
 
-  private:
-    const Placed& Object(int object) const { return *m_objects[static_cast<std::size_t>(object)]; }
+    int CountContacts(int group1, int group2, bool all) override {
+        Group& first = UpToDate(group1);
+        Group& second = UpToDate(group2);
+        Meeting meeting;
+        if (all) {
+            first.tree.collideTT(first.tree.m_root, second.tree.m_root, meeting);
+            return meeting.count;
+        }
+        // What goes through two trees cannot be stopped: one object after the other.
+        Group& few = first.objects.size() < second.objects.size() ? first : second;
+        Group& many = &few == &first ? second : first;
+        for (const Placed* object : few.objects) {
+            meeting.probe = object;
+            many.tree.collideTV(many.tree.m_root, BoundsOf(*object), meeting);
+            if (meeting.count > 0) {
+                return 1;
+            }
+        }
+        return 0;
+    }
+    int CountAtPoint(int group, const Point& point) override {
+        m_point.object.getWorldTransform().setOrigin(ToVector(point));
+        return CountAtProbe(group, m_point);
+    }
+    int CountAtSegment(int group, const Point& from, const Point& to) override {
+        Placed segment;
+        segment.shape = ConvexShapeOf(oracle::Segment(from, to));
+        segment.object.setCollisionShape(segment.shape.get());
+        segment.object.setWorldTransform(btTransform::getIdentity());
+        return CountAtProbe(group, segment);
+    }
+    /// It offers none.
+    double LeastDistance(int, int) override { return -1; }
 
+    std::size_t OwnBytes() const override {
+        std::size_t bytes = m_objects.capacity() * sizeof(std::unique_ptr<Placed>) +
+                            m_objects.size() * (sizeof(Placed) - sizeof(btCollisionObject));
+        for (const Group& group : m_groups) {
+            bytes += (group.added.capacity() + group.objects.capacity()) * sizeof(Placed*);
+        }
+        return bytes;
+    }
+
+  private:
+    Placed& At(int object) { return *m_objects[static_cast<std::size_t>(object)]; }
+    struct Group {
+        int top = kNoGroup;
+        btDbvt tree;
+        std::vector<Placed*> added, objects;
+    };
+
+    /// Two leaves of two trees, or one and the probe.
+    struct Meeting : btDbvt::ICollide {
+        void Process(const btDbvtNode* a, const btDbvtNode* b) override {
+            Count(*static_cast<const Placed*>(a->data), *static_cast<const Placed*>(b->data));
+        }
+        void Process(const btDbvtNode* a) override {
+            Count(*static_cast<const Placed*>(a->data), *probe);
+        }
+        void Count(const Placed& a, const Placed& b) { count += Touch(a, b) ? 1 : 0; }
+
+        const Placed* probe = nullptr;
+        int count = 0;
+    };
+
+    static bool IsMesh(const Placed& a) {
+        return a.shape->getShapeType() == TRIANGLE_MESH_SHAPE_PROXYTYPE;
+    }
+    /// The solver is the fastest for shapes in general, the algorithm of the world for two boxes
+    /// and the only one for meshes.
+    static bool Touch(const Placed& a, const Placed& b) {
+        const bool special = a.shape->getShapeType() == BOX_SHAPE_PROXYTYPE &&
+                             b.shape->getShapeType() == BOX_SHAPE_PROXYTYPE;
+        return special || IsMesh(a) || IsMesh(b) ? bullet::World::InContact(a, b)
+                                                 : bullet::GjkEpa::InContact(a, b);
+    }
+
+    int CountAtProbe(int group, const Placed& probe) {
+        Meeting meeting;
+        meeting.probe = &probe;
+        Group& top = UpToDate(group);
+        top.tree.collideTV(top.tree.m_root, BoundsOf(probe), meeting);
+        return meeting.count;
+    }
+    Group& UpToDate(int group) {
+        Group& top = GroupOf(GroupOf(group).top);
+        if (!top.added.empty()) {
+            for (Placed* placed : top.added) {
+                placed->leaf = top.tree.insert(BoundsOf(*placed), placed);
+                top.objects.push_back(placed);
+            }
+            top.added.clear();
+            top.tree.optimizeTopDown();
+        }
+        return top;
+    }
+    /// With the margin of its own broad phase, so that small moves cost little.
+    void UpdateBounds(Placed& placed) {
+        constexpr btScalar kMargin = 0.05f;
+        if (placed.leaf != nullptr) {
+            btDbvtVolume bounds = BoundsOf(placed);
+            GroupOf(placed.group).tree.update(placed.leaf, bounds, kMargin);
+        }
+    }
+    /// The kind of mesh that can be tested against another mesh.
+    void UseGImpact(Placed& placed) {
+        if (placed.object.getCollisionShape() != placed.shape.get()) {
+            return;
+        }
+        const auto& mesh = static_cast<const btBvhTriangleMeshShape&>(*placed.shape);
+        m_gimpact.push_back(std::make_unique<btGImpactMeshShape>(
+            const_cast<btStridingMeshInterface*>(mesh.getMeshInterface())));
+        m_gimpact.back()->setMargin(0);
+        m_gimpact.back()->updateBound();
+        placed.object.setCollisionShape(m_gimpact.back().get());
+    }
+    Group& GroupOf(int group) { return m_groups[static_cast<std::size_t>(group)]; }
+
+    std::vector<std::unique_ptr<btTriangleMesh>> m_triangles;
+    std::vector<std::unique_ptr<btGImpactMeshShape>> m_gimpact;
+    std::deque<Group> m_groups;
     std::vector<std::unique_ptr<Placed>> m_objects;
+    Placed m_point;
 };
 
 }  // namespace
 
 std::vector<LibraryKind> BulletLibraries() {
     return {
-        {"bullet-pair", [] { return std::make_unique<BulletLibrary<PairDetector>>(); }},
-        {"bullet-epa", [] { return std::make_unique<BulletLibrary<GjkEpa>>(); }},
-        {"bullet-world", [] { return std::make_unique<BulletLibrary<World>>(); },
-         kContact | kDepth},
-        {"bullet-direct", [] { return std::make_unique<BulletLibrary<Direct>>(); },
+        {"bullet-pair", [] { return std::make_unique<BulletLibrary<bullet::PairDetector>>(); },
+         kContact | kDistance | kDepth},
+        {"bullet-epa", [] { return std::make_unique<BulletLibrary<bullet::GjkEpa>>(); },
+         kContact | kDistance | kDepth},
+        {"bullet-world", [] { return std::make_unique<BulletLibrary<bullet::World>>(); },
+         kContact | kDepth | kScenes | kMeshContact},
+        {"bullet-direct", [] { return std::make_unique<BulletLibrary<bullet::Direct>>(); },
          kContact | kDepth, true},
     };
 }

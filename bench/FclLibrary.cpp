@@ -1,5 +1,8 @@
+#include <fcl/broadphase/broadphase_dynamic_AABB_tree.h>
+#include <fcl/broadphase/default_broadphase_callbacks.h>
 #include <fcl/geometry/bvh/BVH_model.h>
 #include <fcl/geometry/shape/box.h>
+#include <fcl/geometry/shape/capsule.h>
 #include <fcl/geometry/shape/cone.h>
 #include <fcl/geometry/shape/convex.h>
 #include <fcl/geometry/shape/cylinder.h>
@@ -108,22 +111,41 @@ class FclLibrary : public Library {
   public:
     explicit FclLibrary(fcl::GJKSolverType solver) : m_solver(solver) {}
 
-    void Add(const Spec& spec, int) override {
-        m_objects.push_back(std::make_unique<fcl::CollisionObjectd>(
-            ShapeOf(spec), PlaceOf(spec.kind, spec.matrix)));
+    int AddGroup(int parent) override {
+        m_groups.push_back(std::make_unique<Group>());
+        m_groups.back()->top = parent == kNoGroup ? m_groups.back().get() : GroupOf(parent).top;
+        return static_cast<int>(m_groups.size()) - 1;
+    }
+    int AddObject(const Spec& spec, int group) override {
+        m_objects.push_back(
+            {std::make_unique<Object>(ShapeOf(spec), PlaceOf(spec.kind, spec.matrix)),
+             GroupOf(group).top, spec.kind});
+        // Registered together, at the first query.
+        m_objects.back().group->added.push_back(m_objects.back().object.get());
+        return static_cast<int>(m_objects.size()) - 1;
+    }
+    void Place(int object, const Matrix& matrix) override {
+        const Placed& placed = PlacedAt(object);
+        placed.object->setTransform(PlaceOf(placed.kind, matrix));
+        MarkMoved(placed);
+    }
+    void Move(int object, const Point& position) override {
+        const Placed& placed = PlacedAt(object);
+        placed.object->setTranslation(ToVector(position));
+        MarkMoved(placed);
     }
 
     bool InContact(int object1, int object2) override {
         fcl::CollisionRequestd request;
         request.gjk_solver_type = m_solver;
         fcl::CollisionResultd result;
-        return fcl::collide(Object(object1), Object(object2), request, result) != 0;
+        return fcl::collide(Handle(object1), Handle(object2), request, result) != 0;
     }
     double Distance(int object1, int object2, Points& points) override {
         fcl::DistanceRequestd request(true);
         request.gjk_solver_type = m_solver;
         fcl::DistanceResultd result;
-        const double distance = fcl::distance(Object(object1), Object(object2), request, result);
+        const double distance = fcl::distance(Handle(object1), Handle(object2), request, result);
         points = {ToPoint(result.nearest_points[0]), ToPoint(result.nearest_points[1])};
         return distance < 0 ? 0 : distance;
     }
@@ -131,7 +153,7 @@ class FclLibrary : public Library {
         fcl::CollisionRequestd request(1, true);
         request.gjk_solver_type = m_solver;
         fcl::CollisionResultd result;
-        if (fcl::collide(Object(object1), Object(object2), request, result) == 0) {
+        if (fcl::collide(Handle(object1), Handle(object2), request, result) == 0) {
             return -1;
         }
         const fcl::Contactd& contact = result.getContact(0);
@@ -141,14 +163,110 @@ class FclLibrary : public Library {
         return std::abs(contact.penetration_depth);
     }
 
-  protected:
-    const fcl::CollisionObjectd* Object(int object) const {
-        return m_objects[static_cast<std::size_t>(object)].get();
+    int CountContacts(int group1, int group2, bool all) override {
+        Counter counter{m_solver, all, 0};
+        UpToDate(group1).collide(&UpToDate(group2), &counter, CountOne);
+        return counter.count;
+    }
+    int CountAtPoint(int group, const Point& point) override {
+        m_point.setTranslation(ToVector(point));
+        return CountAtProbe(group, m_point);
+    }
+    int CountAtSegment(int group, const Point& from, const Point& to) override {
+        const Vector start = ToVector(from), along = ToVector(to) - start;
+        Object segment(std::make_shared<fcl::Capsuled>(0, along.norm()),
+                       fcl::Quaterniond::FromTwoVectors(Vector::UnitZ(), along).matrix(),
+                       start + along / 2);
+        return CountAtProbe(group, segment);
+    }
+    double LeastDistance(int group1, int group2) override {
+        fcl::DefaultDistanceData<double> data;
+        data.request.enable_nearest_points = true;
+        data.request.gjk_solver_type = m_solver;
+        UpToDate(group1).distance(&UpToDate(group2), &data, fcl::DefaultDistanceFunction<double>);
+        return data.result.min_distance < 0 ? 0 : data.result.min_distance;
     }
 
+    std::size_t OwnBytes() const override {
+        std::size_t bytes = m_objects.capacity() * sizeof(Placed);
+        for (const auto& group : m_groups) {
+            bytes += (group->added.capacity() + group->moved.capacity()) * sizeof(Object*);
+        }
+        return bytes;
+    }
+
+  protected:
+    using Object = fcl::CollisionObjectd;
+
+    const Object* Handle(int object) const { return PlacedAt(object).object.get(); }
+
   private:
+    /// One manager for a group without a parent, with all that is below it.
+    struct Group {
+        Group* top = nullptr;
+        fcl::DynamicAABBTreeCollisionManagerd manager;
+        std::vector<Object*> added, moved;
+    };
+    struct Placed {
+        std::unique_ptr<Object> object;
+        Group* group;
+        oracle::Kind kind;
+    };
+    struct Counter {
+        fcl::GJKSolverType solver;
+        bool all;
+        int count;
+    };
+
+    static bool CountOne(Object* object1, Object* object2, void* client) {
+        Counter& counter = *static_cast<Counter*>(client);
+        fcl::CollisionRequestd request;
+        request.gjk_solver_type = counter.solver;
+        fcl::CollisionResultd result;
+        if (fcl::collide(object1, object2, request, result) == 0) {
+            return false;
+        }
+        ++counter.count;
+        return !counter.all;
+    }
+
+    int CountAtProbe(int group, Object& probe) {
+        probe.computeAABB();
+        Counter counter{m_solver, true, 0};
+        UpToDate(group).collide(&probe, &counter, CountOne);
+        return counter.count;
+    }
+    void MarkMoved(const Placed& placed) {
+        placed.object->computeAABB();
+        placed.group->moved.push_back(placed.object.get());
+    }
+    /// Few moved objects are put in their new places one by one; many, and the whole tree is
+    /// refitted.
+    fcl::DynamicAABBTreeCollisionManagerd& UpToDate(int group) {
+        Group& top = *GroupOf(group).top;
+        if (!top.added.empty()) {
+            top.manager.registerObjects(top.added);
+            top.manager.setup();
+            top.added.clear();
+            top.moved.clear();
+        }
+        if (!top.moved.empty()) {
+            if (4 * top.moved.size() < top.manager.size()) {
+                top.manager.update(top.moved);
+            } else {
+                top.manager.update();
+            }
+            top.moved.clear();
+        }
+        return top.manager;
+    }
+    const Placed& PlacedAt(int object) const { return m_objects[static_cast<std::size_t>(object)]; }
+    Group& GroupOf(int group) { return *m_groups[static_cast<std::size_t>(group)]; }
+
     fcl::GJKSolverType m_solver;
-    std::vector<std::unique_ptr<fcl::CollisionObjectd>> m_objects;
+    std::vector<Placed> m_objects;
+    std::vector<std::unique_ptr<Group>> m_groups;
+    Object m_point{std::make_shared<fcl::Sphered>(0)};
 };
 
 /// The depth by way of the signed distance, which is slower and more often right.
@@ -159,7 +277,7 @@ class FclSigned : public FclLibrary {
     double Depth(int object1, int object2, Points& points) override {
         const fcl::DistanceRequestd request(true, true);
         fcl::DistanceResultd result;
-        const double distance = fcl::distance(Object(object1), Object(object2), request, result);
+        const double distance = fcl::distance(Handle(object1), Handle(object2), request, result);
         points = {ToPoint(result.nearest_points[0]), ToPoint(result.nearest_points[1])};
         return -distance;
     }
@@ -169,7 +287,8 @@ class FclSigned : public FclLibrary {
 
 std::vector<LibraryKind> FclLibraries() {
     return {{"fcl-ccd", [] { return std::make_unique<FclLibrary>(fcl::GST_LIBCCD); }},
-            {"fcl-indep", [] { return std::make_unique<FclLibrary>(fcl::GST_INDEP); }},
+            {"fcl-indep", [] { return std::make_unique<FclLibrary>(fcl::GST_INDEP); },
+             kEverything & ~kScenes},
             {"fcl-signed", [] { return std::make_unique<FclSigned>(); }, kDepth}};
 }
 

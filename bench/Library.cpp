@@ -5,7 +5,9 @@
 
 namespace bench {
 
-std::vector<LibraryKind> AllLibraries() {
+namespace {
+
+std::vector<LibraryKind> Collect() {
     std::vector<LibraryKind> all;
     const auto append = [&](std::vector<LibraryKind> kinds) {
         all.insert(all.end(), std::make_move_iterator(kinds.begin()),
@@ -19,6 +21,13 @@ std::vector<LibraryKind> AllLibraries() {
 #ifdef BENCH_BULLET
     append(BulletLibraries());
 #endif
+    return all;
+}
+
+}  // namespace
+
+const std::vector<LibraryKind>& AllLibraries() {
+    static const std::vector<LibraryKind> all = Collect();
     return all;
 }
 

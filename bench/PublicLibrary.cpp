@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 #include <memory>
 #include <vector>
 
@@ -50,35 +49,69 @@ class PublicLibrary : public Library {
     PublicLibrary() { Check(KST_Initialisation(false, false, false)); }
     ~PublicLibrary() override { KST_End(); }
 
-    void Add(const Spec& spec, int group) override {
-        auto found = m_groups.find(group);
-        if (found == m_groups.end()) {
-            int id = 0;
-            Check(KST_CreateGroup(&id, 0, true, nullptr, false));
-            found = m_groups.emplace(group, id).first;
-        }
-        m_objects.push_back({Create(spec, found->second), found->second});
-        const Quaternion q = QuaternionOf(spec.matrix);
-        Check(KST_SetObjectPosition(m_objects.back().id, spec.matrix[12], spec.matrix[13],
-                                    spec.matrix[14]));
-        Check(KST_SetObjectQuaternion(m_objects.back().id, q.x, q.y, q.z, q.w));
+    int AddGroup(int parent) override {
+        int id = 0;
+        Check(KST_CreateGroup(&id, parent == kNoGroup ? 0 : GroupId(parent), true, nullptr, false));
+        m_groups.push_back(id);
+        return static_cast<int>(m_groups.size()) - 1;
+    }
+    int AddObject(const Spec& spec, int group) override {
+        m_objects.push_back({Create(spec, GroupId(group)), GroupId(group)});
+        const int object = static_cast<int>(m_objects.size()) - 1;
+        Place(object, spec.matrix);
+        return object;
+    }
+    void Place(int object, const Matrix& matrix) override {
+        const Quaternion q = QuaternionOf(matrix);
+        Check(KST_SetObjectPosition(ObjectId(object), matrix[12], matrix[13], matrix[14]));
+        Check(KST_SetObjectQuaternion(ObjectId(object), q.x, q.y, q.z, q.w));
+    }
+    void Move(int object, const Point& position) override {
+        KST_SetObjectPosition(ObjectId(object), position[0], position[1], position[2]);
     }
 
     bool InContact(int object1, int object2) override {
         int count = 0;
-        KST_CheckGroupCollision(GroupOf(object1), GroupOf(object2), true, &count);
+        KST_CheckGroupCollision(HomeOf(object1), HomeOf(object2), true, &count);
         return count != 0;
     }
     double Distance(int object1, int object2, Points& points) override {
         int count = 0;
-        KST_GetClosestPairs(GroupOf(object1), GroupOf(object2), &count);
+        KST_GetClosestPairs(HomeOf(object1), HomeOf(object2), &count);
         return Result(count, points);
     }
     double Depth(int object1, int object2, Points& points) override {
         int count = 0;
-        KST_GetPenetrationDepths(GroupOf(object1), GroupOf(object2), &count);
+        KST_GetPenetrationDepths(HomeOf(object1), HomeOf(object2), &count);
         return Result(count, points);
     }
+
+    int CountContacts(int group1, int group2, bool all) override {
+        int count = 0;
+        KST_CheckGroupCollision(GroupId(group1), GroupId(group2), all, &count);
+        return count;
+    }
+    int CountAtPoint(int group, const Point& point) override {
+        int count = 0;
+        KST_CheckPointCollision(GroupId(group), point[0], point[1], point[2], true, &count);
+        return count;
+    }
+    int CountAtSegment(int group, const Point& from, const Point& to) override {
+        int count = 0;
+        KST_CheckLineCollision(GroupId(group), from[0], from[1], from[2], to[0], to[1], to[2], true,
+                               &count);
+        return count;
+    }
+    /// All pairs come back, the nearest first.
+    double LeastDistance(int group1, int group2) override {
+        int count = 0;
+        KST_GetClosestPairs(GroupId(group1), GroupId(group2), &count);
+        m_results.resize(static_cast<std::size_t>(count));
+        KST_GetResults(m_results.data());
+        return static_cast<double>(m_results.at(0).value);
+    }
+
+    std::size_t OwnBytes() const override { return m_objects.capacity() * sizeof(Placed); }
 
   private:
     struct Placed {
@@ -117,7 +150,10 @@ class PublicLibrary : public Library {
         return id;
     }
 
-    int GroupOf(int object) const { return m_objects[static_cast<std::size_t>(object)].group; }
+    int GroupId(int group) const { return m_groups[static_cast<std::size_t>(group)]; }
+    int ObjectId(int object) const { return m_objects[static_cast<std::size_t>(object)].id; }
+    /// The group that an object is in.
+    int HomeOf(int object) const { return m_objects[static_cast<std::size_t>(object)].group; }
 
     static double Result(int count, Points& points) {
         KstCollisionResult result;
@@ -132,8 +168,10 @@ class PublicLibrary : public Library {
         return static_cast<double>(result.value);
     }
 
-    std::map<int, int> m_groups;
+    /// Ids.
+    std::vector<int> m_groups;
     std::vector<Placed> m_objects;
+    std::vector<KstCollisionResult> m_results;
 };
 
 }  // namespace

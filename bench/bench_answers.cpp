@@ -159,10 +159,9 @@ void CountOfSet(const std::string& set, const std::vector<oracle::Pair>& pairs,
             continue;
         }
         const auto library = kind.make();
-        int group = 0;
         for (const oracle::Pair& pair : pairs) {
-            library->Add(pair.a, group++);
-            library->Add(pair.b, group++);
+            library->AddObject(pair.a, library->AddGroup(bench::kNoGroup));
+            library->AddObject(pair.b, library->AddGroup(bench::kNoGroup));
         }
         for (const Question* question = first; question != last; ++question) {
             if ((kind.questions & question->bit) != 0) {

@@ -67,10 +67,9 @@ const std::vector<oracle::Pair>& Pool(PairCase pairCase, bench::Touching touchin
 std::unique_ptr<Library> Filled(const bench::LibraryKind& kind, const Workload& workload,
                                 PairCase pairCase) {
     auto library = kind.make();
-    int group = 0;
     for (const oracle::Pair& pair : Pool(pairCase, workload.pairs)) {
-        library->Add(pair.a, group++);
-        library->Add(pair.b, group++);
+        library->AddObject(pair.a, library->AddGroup(bench::kNoGroup));
+        library->AddObject(pair.b, library->AddGroup(bench::kNoGroup));
     }
     return library;
 }
@@ -98,10 +97,9 @@ void Measure(benchmark::State& state, const bench::LibraryKind& kind, const Work
 /// Calls `visit` with the name of each benchmark and what it consists of.
 template <typename Visit>
 void ForEach(const Visit& visit) {
-    static const std::vector<bench::LibraryKind> libraries = bench::AllLibraries();
     for (const Workload& workload : kWorkloads) {
         for (const PairCase pairCase : bench::kPairCases) {
-            for (const bench::LibraryKind& kind : libraries) {
+            for (const bench::LibraryKind& kind : bench::AllLibraries()) {
                 if ((kind.questions & workload.question) == 0 ||
                     (kind.spheresAndBoxesAlone && pairCase != PairCase::kBoxBox &&
                      pairCase != PairCase::kSphereBox)) {
