@@ -16,6 +16,7 @@ namespace solid {
 
 class Float4 {
   public:
+    Float4() = default;
     Float4(__m128 v) : m_v(v) {}
     explicit Float4(float all) : m_v(_mm_set1_ps(all)) {}
     Float4(float x, float y, float z, float w) : m_v(_mm_setr_ps(x, y, z, w)) {}
@@ -36,6 +37,8 @@ class Float4 {
     /// Whether one of the first three, or each of them, is larger than that of b. NaN is not.
     bool AnyAbove(Float4 b) const { return (Above(b) & 7) != 0; }
     bool AllAbove(Float4 b) const { return (Above(b) & 7) == 7; }
+    /// One bit for each of the four that is larger than that of b.
+    unsigned MaskAbove(Float4 b) const { return static_cast<unsigned>(Above(b)); }
 
     friend Float4 operator+(Float4 a, Float4 b) { return _mm_add_ps(a.m_v, b.m_v); }
     friend Float4 operator-(Float4 a, Float4 b) { return _mm_sub_ps(a.m_v, b.m_v); }
@@ -59,6 +62,7 @@ class Float4 {
 
 class Float4 {
   public:
+    Float4() = default;
     explicit Float4(float all) : m_v{all, all, all, all} {}
     Float4(float x, float y, float z, float w) : m_v{x, y, z, w} {}
     static Float4 Load(const float* p) { return {p[0], p[1], p[2], p[3]}; }
@@ -78,6 +82,12 @@ class Float4 {
     }
     bool AllAbove(Float4 b) const {
         return m_v[0] > b.m_v[0] && m_v[1] > b.m_v[1] && m_v[2] > b.m_v[2];
+    }
+    unsigned MaskAbove(Float4 b) const {
+        unsigned mask = 0;
+        for (unsigned i = 0; i < 4; ++i)
+            mask |= m_v[i] > b.m_v[i] ? 1U << i : 0U;
+        return mask;
     }
 
     friend Float4 operator+(Float4 a, Float4 b) {

@@ -1,247 +1,613 @@
 #include "platform/solid/MeshCases.h"
 
-#include <utility>
+#include <array>
+#include <bit>
+#include <optional>
 #include <vector>
 
 #include "platform/solid/ConvexPair.h"
 #include "platform/solid/Core.h"
+#include "platform/solid/MeshFrames.h"
 #include "platform/solid/MeshTree.h"
 #include "platform/solid/Tolerances.h"
+#include "platform/solid/TriangleCases.h"
 
 namespace solid {
 
 namespace {
 
-/// A mesh placed in the world, for walks down its tree.
-class PlacedTree {
+using Node = MeshTree::Node;
+constexpr int kWidth = MeshTree::kWidth;
+
+// ---- Walks -------------------------------------------------------------------------------------
+
+/// What is still to be looked at, last in first out. Walks are rarely deep enough for the heap.
+template <class T>
+class Stack {
   public:
-    PlacedTree(const Placed& mesh, const Vec3& reference)
-        : m_placed(mesh), m_reference(reference), m_tree(mesh.shape->Mesh()) {
-        m_centre = WorldCentre(mesh) - reference;
-        const Mat3& m = mesh.placement.linear;
-        for (int i = 0; i < 3; ++i)
-            m_abs.col[i] = Abs(m.col[i]);
-        m_slack = kBoxSlack * (MaxNorm(m_centre) + MaxNorm(Box(0).HalfSize())) + mesh.margin;
+    bool IsEmpty() const { return m_size == 0; }
+    void Push(const T& value) {
+        if (m_size < m_near.size()) {
+            m_near[m_size] = value;
+        } else {
+            m_far.push_back(value);
+        }
+        ++m_size;
     }
-
-    const MeshTree::Node& Node(int index) const { return m_tree.NodeAt(index); }
-    static int Near(int index) { return index + 1; }
-    int Far(int index) const { return Node(index).link; }
-
-    /// The box of a node in the world, the margin of the mesh included.
-    Aabb Box(int index) const {
-        const MeshTree::Node& node = Node(index);
-        const Vec3 centre = m_placed.placement.linear * node.centre + m_centre;
-        const Vec3 extent = m_abs * node.half;
-        Aabb box{centre - extent, centre + extent};
-        box.Grow(m_slack);
-        return box;
-    }
-    /// The polygon of a leaf.
-    Core Polygon(int index) const {
-        const VertexSpan span = m_tree.Polygon(Node(index).link);
-        return MakeCore(m_placed, m_reference, &span);
+    T Pop() {
+        if (--m_size < m_near.size())
+            return m_near[m_size];
+        const T value = m_far.back();
+        m_far.pop_back();
+        return value;
     }
 
   private:
-    const Placed& m_placed;
-    const Vec3 m_reference;
+    std::size_t m_size = 0;
+    std::array<T, 128> m_near;  // not set: most of it is never used
+    std::vector<T> m_far;
+};
+
+/// A place in a node: a box, and what it stands for.
+struct Place {
+    std::uint32_t node;
+    int place;
+};
+
+// ---- Polygons ----------------------------------------------------------------------------------
+
+/// The polygons of a mesh in the world.
+class Polygons {
+  public:
+    Polygons(const Placed& mesh, const Vec3& reference) : m_tree(mesh.shape->Mesh()) {
+        const VertexSpan any = m_tree.Polygon(0);
+        m_core = MakeCore(mesh, reference, &any);
+        m_closed = !mesh.traits.large && !mesh.traits.small;
+    }
+    /// Valid until the next one is asked for.
+    const Core& At(std::uint32_t index) {
+        m_core.vertices = m_tree.Polygon(index);
+        return m_core;
+    }
+    /// False if the polygon is no triangle, or of a size that closed forms are not good for.
+    bool GetTriangle(std::uint32_t index, Triangle& triangle) const {
+        const VertexSpan span = m_tree.Polygon(index);
+        if (span.count != 3 || !m_closed)
+            return false;
+        for (int i = 0; i < 3; ++i)
+            triangle.corner[i] = m_core.linear * span.points[i] + m_core.centre;
+        return true;
+    }
+    double Radius() const { return m_core.radius; }
+    /// How far the polygon reaches along a direction.
+    double Reach(std::uint32_t index, const Vec3& direction) const {
+        const VertexSpan span = m_tree.Polygon(index);
+        const Vec3 local = m_core.linear.TransposeTimes(direction);
+        double most = -Aabb::kInfinity;
+        for (int i = 0; i < span.count; ++i)
+            most = std::max(most, Dot(local, span.points[i]));
+        return most + Dot(m_core.centre, direction);
+    }
+
+  private:
     const MeshTree& m_tree;
-    Vec3 m_centre;
-    Mat3 m_abs;
-    double m_slack = 0;
+    Core m_core;
+    bool m_closed;
 };
 
-Aabb ConvexBox(const Placed& convex, const Vec3& reference) {
-    Affine placement = convex.placement;
-    placement.origin -= reference;
-    Aabb box = convex.shape->WorldBox(placement, convex.margin);
-    box.Grow(kBoxSlack * std::max(MaxNorm(box.lower), MaxNorm(box.upper)));
-    return box;
+Triangle Along(const Triangle& triangle, const Mat3& axes, const Vec3& middle) {
+    Triangle result;
+    for (int i = 0; i < 3; ++i)
+        result.corner[i] = axes.TransposeTimes(triangle.corner[i]) - middle;
+    return result;
 }
 
-/// Calls `visit(leaf)` for each leaf whose box meets `box`, until it answers true.
-template <typename Visit>
-void ForEachNear(const PlacedTree& tree, const Aabb& box, Visit visit) {
-    std::vector<int> stack{0};
-    while (!stack.empty()) {
-        const int index = stack.back();
-        stack.pop_back();
-        if (!tree.Box(index).Overlaps(box))
-            continue;
-        if (tree.Node(index).leaf) {
-            if (visit(index))
-                return;
-            continue;
-        }
-        stack.push_back(tree.Far(index));
-        stack.push_back(PlacedTree::Near(index));
+// ---- A convex body and a mesh ------------------------------------------------------------------
+
+/// The axes of a convex body that its box is best taken along.
+Mat3 AxesOf(const Core& core) {
+    if (core.kind == CoreKind::kPoint)
+        return {};
+    if (core.kind == CoreKind::kSegment)
+        return Orthonormal({{core.linear * core.half, {}, {}}});
+    return Orthonormal(core.linear);
+}
+
+/// A convex body and a mesh; everything relative to the reference.
+class ConvexAndMesh {
+  public:
+    ConvexAndMesh(const Placed& convex, const Placed& mesh, const Vec3& reference)
+        : m_core(MakeCore(convex, reference)),
+          m_axes{{Orthonormal(mesh.placement.linear), AxesOf(m_core)}},
+          m_view(ViewOf(m_core, m_axes)),
+          m_tree(mesh, reference, m_axes),
+          m_polygons(mesh, reference),
+          m_radius(m_core.radius + m_polygons.Radius()),
+          m_closed(!m_core.traits.large && !m_core.traits.small) {
+        m_slack = kBoxSlack * SizeOf(m_view, m_tree.Whole());
     }
-}
 
-struct NodePair {
-    int a, b;
-    double distance = 0;  ///< of the boxes: the polygons below are at least that far apart
+    bool Contact();
+    PointPair Closest();
+    bool Penetration(PointPair& result);
+
+  private:
+    static double SizeOf(const View& a, const View& b) {
+        return MaxNorm(a.middle[0] - b.middle[0]) + MaxNorm(a.half[0]) + MaxNorm(b.half[0]);
+    }
+    bool Touches(std::uint32_t polygon);
+    PointPair ClosestTo(std::uint32_t polygon);
+    bool PenetrationOf(std::uint32_t polygon, PointPair& result);
+    double DepthBoundOf(std::uint32_t polygon);
+    /// A sphere and a triangle that closed forms are good for.
+    bool PlaceSphere(std::uint32_t polygon, PointPlace& place) const;
+
+    const Core m_core;
+    const Axes m_axes;
+    const View m_view;
+    const PlacedTree m_tree;
+    Polygons m_polygons;
+    const double m_radius;
+    const bool m_closed;
+    double m_slack;
 };
 
-/// The two pairs that one makes when its larger node that is no leaf is opened.
-std::pair<NodePair, NodePair> Open(const PlacedTree& a, const PlacedTree& b, const NodePair& pair,
-                                   const Aabb& boxA, const Aabb& boxB) {
-    const bool openA =
-        !a.Node(pair.a).leaf &&
-        (b.Node(pair.b).leaf || MaxNorm(boxA.HalfSize()) >= MaxNorm(boxB.HalfSize()));
-    if (openA)
-        return {{PlacedTree::Near(pair.a), pair.b}, {a.Far(pair.a), pair.b}};
-    return {{pair.a, PlacedTree::Near(pair.b)}, {pair.a, b.Far(pair.b)}};
+bool ConvexAndMesh::PlaceSphere(std::uint32_t polygon, PointPlace& place) const {
+    Triangle triangle;
+    if (m_core.kind != CoreKind::kPoint || !m_closed ||
+        !m_polygons.GetTriangle(polygon, triangle) || triangle.IsNeedle())
+        return false;
+    place = PlaceAtTriangle(triangle, m_core.centre);
+    // Within rounding of touching it does.
+    const double size = std::max(MaxNorm(m_core.centre - triangle.corner[0]), m_radius);
+    if (std::fabs(place.distance - m_radius) <= kTouch * size)
+        place.distance = m_radius;
+    return true;
 }
 
-/// Calls `visit(leafA, leafB)` for each two leaves whose boxes meet, until it answers true.
-template <typename Visit>
-void ForEachNearPair(const PlacedTree& a, const PlacedTree& b, Visit visit) {
-    std::vector<NodePair> stack{{0, 0}};
-    while (!stack.empty()) {
-        const NodePair pair = stack.back();
-        stack.pop_back();
-        const Aabb boxA = a.Box(pair.a), boxB = b.Box(pair.b);
-        if (!boxA.Overlaps(boxB))
+bool ConvexAndMesh::Touches(std::uint32_t polygon) {
+    PointPlace place;
+    if (PlaceSphere(polygon, place))
+        return place.distance <= m_radius;
+    Triangle triangle;
+    if (m_closed && m_polygons.GetTriangle(polygon, triangle)) {
+        const std::optional<bool> touch = FilterTriangleBox(
+            Along(triangle, m_axes.of[1], m_view.middle[1]), m_view.half[1], m_radius);
+        const bool isBox = m_core.kind == CoreKind::kBox && m_core.traits.rigid;
+        if (touch.has_value() && (!*touch || isBox))
+            return *touch;
+    }
+    return ConvexContact(m_core, m_polygons.At(polygon));
+}
+
+PointPair ConvexAndMesh::ClosestTo(std::uint32_t polygon) {
+    PointPlace place;
+    if (!PlaceSphere(polygon, place))
+        return ConvexClosest(m_core, m_polygons.At(polygon));
+    if (place.distance <= m_radius) {
+        const double part = m_radius > 0 ? m_core.radius / m_radius : 0;
+        const Vec3 common = m_core.centre + (place.border - m_core.centre) * part;
+        return {common, common, 0};
+    }
+    // Never 0: that is the answer for contact.
+    return {m_core.centre - place.normal * m_core.radius,
+            place.border + place.normal * m_polygons.Radius(),
+            std::max(place.distance - m_radius, std::numeric_limits<double>::min())};
+}
+
+bool ConvexAndMesh::PenetrationOf(std::uint32_t polygon, PointPair& result) {
+    PointPlace place;
+    if (!PlaceSphere(polygon, place))
+        return ConvexPenetration(m_core, m_polygons.At(polygon), result);
+    if (place.distance > m_radius)
+        return false;
+    result = {m_core.centre - place.normal * m_core.radius,
+              place.border + place.normal * m_polygons.Radius(), m_radius - place.distance};
+    return true;
+}
+
+double ConvexAndMesh::DepthBoundOf(std::uint32_t polygon) {
+    PointPlace place;
+    if (PlaceSphere(polygon, place))
+        return m_radius - place.distance;
+    Triangle triangle;
+    if (!m_closed || !m_polygons.GetTriangle(polygon, triangle))
+        return Aabb::kInfinity;
+    return DepthBound(triangle, m_core, m_axes.of[1]) + m_radius + m_slack;
+}
+
+bool ConvexAndMesh::Contact() {
+    const OverlapTest test(m_tree, m_view, m_radius + m_slack);
+    const OverlapTest::Box box = test.Prepare(m_view);
+    Stack<std::uint32_t> stack;
+    stack.Push(0);
+    while (!stack.IsEmpty()) {
+        const Node& node = m_tree.Tree().NodeAt(stack.Pop());
+        for (unsigned left = test.Overlapping(node, box); left != 0; left &= left - 1) {
+            const std::uint32_t link = node.link[std::countr_zero(left)];
+            if (link == MeshTree::kNone)
+                break;
+            if (!MeshTree::IsPolygon(link)) {
+                stack.Push(link);
+            } else if (Touches(MeshTree::PolygonOf(link))) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+/// The nearest polygon found so far, and a direction along which others are likely to be further.
+class Nearest {
+  public:
+    PointPair best{{}, {}, Aabb::kInfinity};
+    Vec3 direction;  ///< unit, from the first body to the second; not set while `known` is false
+    bool known = false;
+
+    /// True if it is the nearest.
+    bool Take(const PointPair& pair) {
+        if (!(pair.value < best.value))
+            return false;
+        best = pair;
+        const Vec3 apart = pair.point2 - pair.point1;
+        const double length = Length(apart);
+        known = length > 0;
+        if (known)
+            direction = apart * (1 / length);
+        return true;
+    }
+    /// Cores, whose radii add up to `radius`, are not nearer than `squared` tells.
+    bool IsNotBeyond(double squared, double radius) const {
+        const double reach = best.value + radius;
+        return squared >= reach * reach;
+    }
+};
+
+struct NearLink {
+    std::uint32_t link;
+    double squared;
+};
+
+/// Puts the places of a node that may hold something nearer in order, the furthest first.
+int SortPlaces(const Node& node, const double (&squared)[kWidth], const Nearest& nearest,
+               double radius, int (&order)[kWidth]) {
+    int count = 0;
+    for (int k = 0; k < kWidth && node.link[k] != MeshTree::kNone; ++k) {
+        if (nearest.IsNotBeyond(squared[k], radius))
             continue;
-        if (a.Node(pair.a).leaf && b.Node(pair.b).leaf) {
-            if (visit(pair.a, pair.b))
-                return;
+        int at = count++;
+        for (; at > 0 && squared[order[at - 1]] < squared[k]; --at)
+            order[at] = order[at - 1];
+        order[at] = k;
+    }
+    return count;
+}
+
+PointPair ConvexAndMesh::Closest() {
+    Nearest nearest;
+    double bodyReach = 0;
+    Stack<NearLink> stack;
+    stack.Push({0, 0});
+    while (!stack.IsEmpty()) {
+        const NearLink top = stack.Pop();
+        if (nearest.IsNotBeyond(top.squared, m_radius))
+            continue;
+        if (MeshTree::IsPolygon(top.link)) {
+            const std::uint32_t polygon = MeshTree::PolygonOf(top.link);
+            if (nearest.known) {
+                const double gap = -m_polygons.Reach(polygon, -nearest.direction) - bodyReach;
+                if (gap - m_slack - m_radius >= nearest.best.value)
+                    continue;
+            }
+            if (nearest.Take(ClosestTo(polygon))) {
+                if (nearest.best.value == 0)
+                    break;
+                bodyReach = Dot(Support(m_core, nearest.direction), nearest.direction);
+            }
             continue;
         }
-        const auto [first, second] = Open(a, b, pair, boxA, boxB);
-        stack.push_back(second);
-        stack.push_back(first);
+        const Node& node = m_tree.Tree().NodeAt(top.link);
+        double squared[kWidth];
+        m_tree.Distances(node, m_view, m_slack, squared);
+        int order[kWidth];
+        const int count = SortPlaces(node, squared, nearest, m_radius, order);
+        for (int i = 0; i < count; ++i)
+            stack.Push({node.link[order[i]], squared[order[i]]});
     }
+    return nearest.best;
 }
 
-/// No more than this can a convex body and a polygon reach into each other: the least of the depths
-/// along the axes of the world.
-double DepthBound(const Core& a, const Core& b) {
-    static constexpr Vec3 kAxes[6] = {{1, 0, 0},  {0, 1, 0},  {0, 0, 1},
-                                      {-1, 0, 0}, {0, -1, 0}, {0, 0, -1}};
-    double least = Aabb::kInfinity;
-    for (const Vec3& axis : kAxes)
-        least = std::min(least, Dot(Support(a, axis) - Support(b, -axis), axis));
-    return least + a.radius + b.radius;
-}
+/// Polygons, and boxes of them, by the depth that they cannot exceed.
+template <class Link>
+class DepthQueue {
+  public:
+    struct Entry {
+        double bound;
+        std::uint64_t number;
+        bool exact;  ///< nothing better than this bound can be had without the depth itself
+        Link link;
 
-/// Takes the depth of two polygons, or of a body and one, if it is the deepest so far.
-void TakeDeeper(const Core& a, const Core& b, bool& contact, PointPair& deepest) {
-    if (contact && DepthBound(a, b) <= deepest.value)
-        return;
-    PointPair pair;
-    if (ConvexPenetration(a, b, pair) && (!contact || pair.value > deepest.value)) {
-        contact = true;
-        deepest = pair;
+        /// Of equal ones the last: it is nearest to a polygon.
+        bool operator<(const Entry& other) const {
+            return bound != other.bound ? bound < other.bound : number < other.number;
+        }
+    };
+    /// Depths nearer than `slack` are all the same.
+    explicit DepthQueue(double slack) : m_slack(slack) {}
+
+    void Push(const Link& link, double bound, bool exact) {
+        m_heap.push_back({bound, m_next++, exact, link});
+        std::push_heap(m_heap.begin(), m_heap.end());
     }
+    /// The one that may be deepest. False when none is deeper than the one known already.
+    bool Pop(bool contact, double deepest, Entry& entry) {
+        if (m_heap.empty())
+            return false;
+        std::pop_heap(m_heap.begin(), m_heap.end());
+        entry = m_heap.back();
+        m_heap.pop_back();
+        // Depths of faces in one plane differ by rounding, and are not worth finding one by one.
+        return !contact || entry.bound > deepest * (1 + kDepthGap) + m_slack;
+    }
+
+  private:
+    std::vector<Entry> m_heap;
+    std::uint64_t m_next = 0;
+    double m_slack;
+};
+
+bool ConvexAndMesh::Penetration(PointPair& result) {
+    bool contact = false;
+    DepthQueue<std::uint32_t> queue(2 * m_slack);
+    DepthQueue<std::uint32_t>::Entry top;
+    queue.Push(0, Aabb::kInfinity, false);
+    while (queue.Pop(contact, result.value, top)) {
+        if (!MeshTree::IsPolygon(top.link)) {
+            const Node& node = m_tree.Tree().NodeAt(top.link);
+            double depth[kWidth];
+            m_tree.Depths(node, m_view, m_slack, depth);
+            for (int k = 0; k < kWidth && node.link[k] != MeshTree::kNone; ++k) {
+                if (depth[k] + m_radius >= 0)
+                    queue.Push(node.link[k], depth[k] + m_radius, false);
+            }
+            continue;
+        }
+        const std::uint32_t polygon = MeshTree::PolygonOf(top.link);
+        if (!top.exact) {
+            const double bound = std::min(top.bound, DepthBoundOf(polygon));
+            if (bound >= 0)
+                queue.Push(top.link, bound, true);
+            continue;
+        }
+        PointPair pair;
+        if (PenetrationOf(polygon, pair) && (!contact || pair.value > result.value)) {
+            contact = true;
+            result = pair;
+        }
+    }
+    return contact;
 }
 
-PointPair Nothing() {
-    PointPair pair;
-    pair.value = Aabb::kInfinity;
-    return pair;
+// ---- Two meshes --------------------------------------------------------------------------------
+
+class TwoMeshes {
+  public:
+    TwoMeshes(const Placed& a, const Placed& b, const Vec3& reference)
+        : m_axes{{Orthonormal(a.placement.linear), Orthonormal(b.placement.linear)}},
+          m_a(a, reference, m_axes),
+          m_b(b, reference, m_axes),
+          m_polygonsA(a, reference),
+          m_polygonsB(b, reference),
+          m_radius(m_polygonsA.Radius() + m_polygonsB.Radius()) {
+        const View wholeA = m_a.Whole(), wholeB = m_b.Whole();
+        m_slack = kBoxSlack * (MaxNorm(wholeA.middle[0] - wholeB.middle[0]) +
+                               MaxNorm(wholeA.half[0]) + MaxNorm(wholeB.half[0]));
+    }
+
+    bool Contact();
+    PointPair Closest();
+    bool Penetration(PointPair& result);
+
+  private:
+    /// A box of each, or the whole of one: then its link is the root.
+    struct Pair {
+        std::uint32_t linkA, linkB;
+        Place a, b;  ///< where the boxes are; node kNone: the whole tree
+    };
+    struct NearPair {
+        Pair pair;
+        double squared;
+    };
+
+    bool Touch(std::uint32_t a, std::uint32_t b);
+    double DepthBoundOf(std::uint32_t a, std::uint32_t b);
+    static View ViewOf(const PlacedTree& tree, const Place& place) {
+        return place.node == MeshTree::kNone ? tree.Whole()
+                                             : tree.Of(tree.Tree().NodeAt(place.node), place.place);
+    }
+    static double SizeOf(const View& view, int f) {
+        const Vec3& h = view.half[f];
+        return h.x + h.y + h.z;
+    }
+    /// Whether to look into a's box, of which b's is then one box, or the other way round.
+    bool OpensA(const Pair& pair, const View& viewA, const View& viewB) const {
+        return !MeshTree::IsPolygon(pair.linkA) &&
+               (MeshTree::IsPolygon(pair.linkB) || SizeOf(viewA, 0) >= SizeOf(viewB, 1));
+    }
+    static Pair Opened(const Pair& pair, bool opensA, const Node& node, int place) {
+        Pair next = pair;
+        if (opensA) {
+            next.a = {pair.linkA, place};
+            next.linkA = node.link[place];
+        } else {
+            next.b = {pair.linkB, place};
+            next.linkB = node.link[place];
+        }
+        return next;
+    }
+    static bool ArePolygons(const Pair& pair) {
+        return MeshTree::IsPolygon(pair.linkA) && MeshTree::IsPolygon(pair.linkB);
+    }
+    static Pair Roots() { return {0, 0, {MeshTree::kNone, 0}, {MeshTree::kNone, 0}}; }
+
+    const Axes m_axes;
+    const PlacedTree m_a, m_b;
+    Polygons m_polygonsA, m_polygonsB;
+    const double m_radius;
+    double m_slack;
+};
+
+bool TwoMeshes::Touch(std::uint32_t a, std::uint32_t b) {
+    Triangle triangleA, triangleB;
+    if (m_polygonsA.GetTriangle(a, triangleA) && m_polygonsB.GetTriangle(b, triangleB)) {
+        const std::optional<bool> touch = FilterTriangles(triangleA, triangleB, m_radius);
+        if (touch.has_value())
+            return *touch;
+    }
+    return ConvexContact(m_polygonsA.At(a), m_polygonsB.At(b));
+}
+
+double TwoMeshes::DepthBoundOf(std::uint32_t a, std::uint32_t b) {
+    Triangle triangleA, triangleB;
+    if (!m_polygonsA.GetTriangle(a, triangleA) || !m_polygonsB.GetTriangle(b, triangleB))
+        return Aabb::kInfinity;
+    return DepthBound(triangleA, triangleB) + m_radius + m_slack;
+}
+
+bool TwoMeshes::Contact() {
+    const View wholeA = m_a.Whole(), wholeB = m_b.Whole();
+    const OverlapTest testA(m_a, wholeB, m_radius + m_slack);
+    const OverlapTest testB(m_b, wholeA, m_radius + m_slack);
+    Stack<Pair> stack;
+    stack.Push(Roots());
+    while (!stack.IsEmpty()) {
+        const Pair pair = stack.Pop();
+        const View viewA = ViewOf(m_a, pair.a), viewB = ViewOf(m_b, pair.b);
+        const bool opensA = OpensA(pair, viewA, viewB);
+        const Node& node = opensA ? m_a.Tree().NodeAt(pair.linkA) : m_b.Tree().NodeAt(pair.linkB);
+        unsigned left = opensA ? testA.Overlapping(node, testA.Prepare(viewB))
+                               : testB.Overlapping(node, testB.Prepare(viewA));
+        for (; left != 0; left &= left - 1) {
+            const int place = std::countr_zero(left);
+            if (node.link[place] == MeshTree::kNone)
+                break;
+            const Pair next = Opened(pair, opensA, node, place);
+            if (!ArePolygons(next)) {
+                stack.Push(next);
+            } else if (Touch(MeshTree::PolygonOf(next.linkA), MeshTree::PolygonOf(next.linkB))) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+PointPair TwoMeshes::Closest() {
+    Nearest nearest;
+    Stack<NearPair> stack;
+    stack.Push({Roots(), 0});
+    while (!stack.IsEmpty()) {
+        const auto [pair, bound] = stack.Pop();
+        if (nearest.IsNotBeyond(bound, m_radius))
+            continue;
+        if (ArePolygons(pair)) {
+            const std::uint32_t a = MeshTree::PolygonOf(pair.linkA);
+            const std::uint32_t b = MeshTree::PolygonOf(pair.linkB);
+            if (nearest.known) {
+                const Vec3& n = nearest.direction;
+                const double gap = -m_polygonsB.Reach(b, -n) - m_polygonsA.Reach(a, n);
+                if (gap - m_slack - m_radius >= nearest.best.value)
+                    continue;
+            }
+            nearest.Take(ConvexClosest(m_polygonsA.At(a), m_polygonsB.At(b)));
+            if (nearest.best.value == 0)
+                break;
+            continue;
+        }
+        const View viewA = ViewOf(m_a, pair.a), viewB = ViewOf(m_b, pair.b);
+        const bool opensA = OpensA(pair, viewA, viewB);
+        const Node& node = opensA ? m_a.Tree().NodeAt(pair.linkA) : m_b.Tree().NodeAt(pair.linkB);
+        double squared[kWidth];
+        if (opensA) {
+            m_a.Distances(node, viewB, m_slack, squared);
+        } else {
+            m_b.Distances(node, viewA, m_slack, squared);
+        }
+        int order[kWidth];
+        const int count = SortPlaces(node, squared, nearest, m_radius, order);
+        for (int i = 0; i < count; ++i)
+            stack.Push({Opened(pair, opensA, node, order[i]), squared[order[i]]});
+    }
+    return nearest.best;
+}
+
+bool TwoMeshes::Penetration(PointPair& result) {
+    bool contact = false;
+    DepthQueue<Pair> queue(2 * m_slack);
+    DepthQueue<Pair>::Entry top;
+    queue.Push(Roots(), Aabb::kInfinity, false);
+    while (queue.Pop(contact, result.value, top)) {
+        const Pair& pair = top.link;
+        if (!ArePolygons(pair)) {
+            const View viewA = ViewOf(m_a, pair.a), viewB = ViewOf(m_b, pair.b);
+            const bool opensA = OpensA(pair, viewA, viewB);
+            const Node& node =
+                opensA ? m_a.Tree().NodeAt(pair.linkA) : m_b.Tree().NodeAt(pair.linkB);
+            double depth[kWidth];
+            if (opensA) {
+                m_a.Depths(node, viewB, m_slack, depth);
+            } else {
+                m_b.Depths(node, viewA, m_slack, depth);
+            }
+            for (int k = 0; k < kWidth && node.link[k] != MeshTree::kNone; ++k) {
+                if (depth[k] + m_radius >= 0)
+                    queue.Push(Opened(pair, opensA, node, k), depth[k] + m_radius, false);
+            }
+            continue;
+        }
+        const std::uint32_t a = MeshTree::PolygonOf(pair.linkA);
+        const std::uint32_t b = MeshTree::PolygonOf(pair.linkB);
+        if (!top.exact) {
+            const double bound = std::min(top.bound, DepthBoundOf(a, b));
+            if (bound >= 0)
+                queue.Push(pair, bound, true);
+            continue;
+        }
+        PointPair found;
+        if (ConvexPenetration(m_polygonsA.At(a), m_polygonsB.At(b), found) &&
+            (!contact || found.value > result.value)) {
+            contact = true;
+            result = found;
+        }
+    }
+    return contact;
 }
 
 }  // namespace
 
 bool MeshContact(const Placed& convex, const Placed& mesh, const Vec3& reference) {
-    const PlacedTree tree(mesh, reference);
-    const Core core = MakeCore(convex, reference);
-    bool contact = false;
-    ForEachNear(tree, ConvexBox(convex, reference),
-                [&](int leaf) { return contact = ConvexContact(core, tree.Polygon(leaf)); });
-    return contact;
+    return ConvexAndMesh(convex, mesh, reference).Contact();
 }
 
 PointPair MeshClosest(const Placed& convex, const Placed& mesh, const Vec3& reference) {
-    const PlacedTree tree(mesh, reference);
-    const Core core = MakeCore(convex, reference);
-    const Aabb box = ConvexBox(convex, reference);
-    PointPair best = Nothing();
-    std::vector<NodePair> stack{{0, 0, Distance(tree.Box(0), box)}};
-    while (!stack.empty()) {
-        const NodePair top = stack.back();
-        stack.pop_back();
-        if (top.distance >= best.value)
-            continue;
-        if (tree.Node(top.a).leaf) {
-            const PointPair pair = ConvexClosest(core, tree.Polygon(top.a));
-            if (pair.value < best.value)
-                best = pair;
-            if (best.value == 0)
-                break;
-            continue;
-        }
-        NodePair nearer{PlacedTree::Near(top.a), 0}, farther{tree.Far(top.a), 0};
-        nearer.distance = Distance(tree.Box(nearer.a), box);
-        farther.distance = Distance(tree.Box(farther.a), box);
-        if (farther.distance < nearer.distance)
-            std::swap(nearer, farther);
-        stack.push_back(farther);
-        stack.push_back(nearer);
-    }
-    return best;
+    return ConvexAndMesh(convex, mesh, reference).Closest();
 }
 
 bool MeshPenetration(const Placed& convex, const Placed& mesh, const Vec3& reference,
                      PointPair& result) {
-    const PlacedTree tree(mesh, reference);
-    const Core core = MakeCore(convex, reference);
-    bool contact = false;
-    ForEachNear(tree, ConvexBox(convex, reference), [&](int leaf) {
-        TakeDeeper(core, tree.Polygon(leaf), contact, result);
-        return false;
-    });
-    return contact;
+    return ConvexAndMesh(convex, mesh, reference).Penetration(result);
 }
 
 bool MeshesContact(const Placed& a, const Placed& b, const Vec3& reference) {
-    const PlacedTree treeA(a, reference), treeB(b, reference);
-    bool contact = false;
-    ForEachNearPair(treeA, treeB, [&](int leafA, int leafB) {
-        return contact = ConvexContact(treeA.Polygon(leafA), treeB.Polygon(leafB));
-    });
-    return contact;
+    return TwoMeshes(a, b, reference).Contact();
 }
 
 PointPair MeshesClosest(const Placed& a, const Placed& b, const Vec3& reference) {
-    const PlacedTree treeA(a, reference), treeB(b, reference);
-    PointPair best = Nothing();
-    std::vector<NodePair> stack{{0, 0, Distance(treeA.Box(0), treeB.Box(0))}};
-    while (!stack.empty()) {
-        const NodePair top = stack.back();
-        stack.pop_back();
-        if (top.distance >= best.value)
-            continue;
-        if (treeA.Node(top.a).leaf && treeB.Node(top.b).leaf) {
-            const PointPair pair = ConvexClosest(treeA.Polygon(top.a), treeB.Polygon(top.b));
-            if (pair.value < best.value)
-                best = pair;
-            if (best.value == 0)
-                break;
-            continue;
-        }
-        auto [nearer, farther] = Open(treeA, treeB, top, treeA.Box(top.a), treeB.Box(top.b));
-        nearer.distance = Distance(treeA.Box(nearer.a), treeB.Box(nearer.b));
-        farther.distance = Distance(treeA.Box(farther.a), treeB.Box(farther.b));
-        if (farther.distance < nearer.distance)
-            std::swap(nearer, farther);
-        stack.push_back(farther);
-        stack.push_back(nearer);
-    }
-    return best;
+    return TwoMeshes(a, b, reference).Closest();
 }
 
 bool MeshesPenetration(const Placed& a, const Placed& b, const Vec3& reference, PointPair& result) {
-    const PlacedTree treeA(a, reference), treeB(b, reference);
-    bool contact = false;
-    ForEachNearPair(treeA, treeB, [&](int leafA, int leafB) {
-        TakeDeeper(treeA.Polygon(leafA), treeB.Polygon(leafB), contact, result);
-        return false;
-    });
-    return contact;
+    return TwoMeshes(a, b, reference).Penetration(result);
 }
 
 }  // namespace solid

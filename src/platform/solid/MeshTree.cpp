@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
+#include <utility>
 
 namespace solid {
 
@@ -9,135 +12,262 @@ namespace {
 
 constexpr int kBins = 16;
 
-struct Bin {
-    Aabb box;
-    int count = 0;
-};
+/// Not less than `value`, and the same where single precision holds it.
+float RoundUp(double value) {
+    const auto rounded = static_cast<float>(value);
+    return static_cast<double>(rounded) < value
+               ? std::nextafter(rounded, std::numeric_limits<float>::infinity())
+               : rounded;
+}
 
 }  // namespace
 
+/// Extents in units of the tree. New ones are empty.
+struct MeshTree::Extents {
+    static constexpr float kMost = std::numeric_limits<float>::max();
+    float lower[3] = {kMost, kMost, kMost};
+    float upper[3] = {-kMost, -kMost, -kMost};
+
+    void Include(const Extents& b) {
+        for (int i = 0; i < 3; ++i) {
+            lower[i] = std::min(lower[i], b.lower[i]);
+            upper[i] = std::max(upper[i], b.upper[i]);
+        }
+    }
+    /// Half the surface, the usual measure of what a tree node costs.
+    float HalfArea() const {
+        const float x = upper[0] - lower[0], y = upper[1] - lower[1], z = upper[2] - lower[2];
+        return x * y + y * z + z * x;
+    }
+    /// Twice the coordinate of the middle.
+    float Middle(int axis) const { return lower[axis] + upper[axis]; }
+};
+
+/// A polygon yet to be put in the tree.
+struct MeshTree::Item {
+    Extents box;
+    std::uint32_t polygon;
+};
+
+/// Top-down. A set of polygons is split in two where the surface area heuristic over equal bins is
+/// least (Ingo Wald, "On fast Construction of SAH-based Bounding Volume Hierarchies", 2007), and
+/// the larger parts again until they are as many as a node holds (Ingo Wald, Carsten Benthin,
+/// Solomon Boulos, "Getting Rid of Packets", 2008).
+class MeshTree::Builder {
+  public:
+    Builder(std::vector<Item>& items, std::vector<Node>& nodes) : m_items(items), m_nodes(nodes) {}
+    /// Afterwards the items stand in the order of the numbers by which the nodes call them.
+    void Build();
+
+  private:
+    struct Range {
+        int begin = 0, end = 0;
+        Extents box;
+
+        int Count() const { return end - begin; }
+    };
+
+    Range MakeRange(int begin, int end) const;
+    int Split(const Range& range);
+    void SetBox(Node& node, std::size_t place, const Extents& box) const;
+
+    std::vector<Item>& m_items;
+    std::vector<Node>& m_nodes;
+};
+
+MeshTree::Builder::Range MeshTree::Builder::MakeRange(int begin, int end) const {
+    Range range{begin, end, {}};
+    for (int i = begin; i < end; ++i)
+        range.box.Include(m_items[static_cast<std::size_t>(i)].box);
+    return range;
+}
+
+/// Where to split, strictly within: in halves by count where the heuristic finds no split or one so
+/// uneven that the tree would grow deep.
+int MeshTree::Builder::Split(const Range& range) {
+    const auto begin = m_items.begin() + range.begin;
+    const auto end = m_items.begin() + range.end;
+    const int count = range.Count();
+    float lower[3], upper[3];
+    for (int i = 0; i < 3; ++i)
+        lower[i] = upper[i] = begin->box.Middle(i);
+    for (auto it = begin; it != end; ++it) {
+        for (int i = 0; i < 3; ++i) {
+            lower[i] = std::min(lower[i], it->box.Middle(i));
+            upper[i] = std::max(upper[i], it->box.Middle(i));
+        }
+    }
+    const float spread[3] = {upper[0] - lower[0], upper[1] - lower[1], upper[2] - lower[2]};
+    const int axis = spread[0] >= spread[1] && spread[0] >= spread[2] ? 0
+                     : spread[1] >= spread[2]                         ? 1
+                                                                      : 2;
+    auto middle = begin;
+    // Below that the bins would overflow, and all middles are one for any use.
+    if (spread[axis] > 1e-30F && count > 2) {
+        const float perBin = kBins / spread[axis];
+        const auto binOf = [&](const Item& item) {
+            return std::min(static_cast<int>((item.box.Middle(axis) - lower[axis]) * perBin),
+                            kBins - 1);
+        };
+        struct Bin {
+            Extents box;
+            int count = 0;
+        };
+        std::array<Bin, kBins> bins;
+        for (auto it = begin; it != end; ++it) {
+            Bin& bin = bins[static_cast<std::size_t>(binOf(*it))];
+            bin.box.Include(it->box);
+            ++bin.count;
+        }
+        std::array<float, kBins> rightCost{};
+        Extents right;
+        int rightCount = 0;
+        for (std::size_t i = kBins - 1; i > 0; --i) {
+            right.Include(bins[i].box);
+            rightCount += bins[i].count;
+            rightCost[i] = rightCount > 0 ? right.HalfArea() * static_cast<float>(rightCount) : 0;
+        }
+        Extents left;
+        int leftCount = 0, bestSplit = 0;
+        float best = std::numeric_limits<float>::infinity();
+        for (std::size_t i = 0; i + 1 < kBins; ++i) {
+            left.Include(bins[i].box);
+            leftCount += bins[i].count;
+            if (leftCount == 0 || leftCount == count)
+                continue;
+            const float cost = left.HalfArea() * static_cast<float>(leftCount) + rightCost[i + 1];
+            if (cost < best) {
+                best = cost;
+                bestSplit = static_cast<int>(i) + 1;
+            }
+        }
+        if (bestSplit > 0) {
+            middle = std::partition(begin, end,
+                                    [&](const Item& item) { return binOf(item) < bestSplit; });
+        }
+    }
+    const auto smaller = std::min(middle - begin, end - middle);
+    if (smaller < count / 64 || smaller == 0) {
+        middle = begin + count / 2;
+        std::nth_element(begin, middle, end, [&](const Item& a, const Item& b) {
+            return a.box.Middle(axis) != b.box.Middle(axis)
+                       ? a.box.Middle(axis) < b.box.Middle(axis)
+                       : a.polygon < b.polygon;
+        });
+    }
+    return range.begin + static_cast<int>(middle - begin);
+}
+
+void MeshTree::Builder::SetBox(Node& node, std::size_t place, const Extents& box) const {
+    for (std::size_t i = 0; i < 3; ++i) {
+        const double lower = static_cast<double>(box.lower[i]);
+        const double upper = static_cast<double>(box.upper[i]);
+        const auto centre = static_cast<float>((lower + upper) * 0.5);
+        node.centre[i][place] = centre;
+        node.half[i][place] = RoundUp(
+            std::max(upper - static_cast<double>(centre), static_cast<double>(centre) - lower));
+    }
+}
+
+void MeshTree::Builder::Build() {
+    struct Task {
+        Range range;
+        std::size_t parent;  ///< where to write the number of the node: node and place in it
+        std::size_t place;
+    };
+    const std::size_t count = m_items.size();
+    std::vector<Item> ordered;
+    ordered.reserve(count);
+    m_nodes.reserve(count / 2 + 1);
+    std::vector<Task> stack{{MakeRange(0, static_cast<int>(count)), 0, 0}};
+    while (!stack.empty()) {
+        const Task task = stack.back();
+        stack.pop_back();
+        const std::size_t index = m_nodes.size();
+        Range parts[kWidth] = {task.range};
+        std::size_t partCount = 1;
+        while (partCount < kWidth) {
+            Range* widest = nullptr;
+            for (std::size_t i = 0; i < partCount; ++i) {
+                if (parts[i].Count() > 1 &&
+                    (widest == nullptr || parts[i].box.HalfArea() > widest->box.HalfArea()))
+                    widest = &parts[i];
+            }
+            if (widest == nullptr)
+                break;
+            const int middle = Split(*widest);
+            parts[partCount++] = MakeRange(middle, widest->end);
+            *widest = MakeRange(widest->begin, middle);
+        }
+        if (index > 0)
+            m_nodes[task.parent].link[task.place] = static_cast<std::uint32_t>(index);
+        Node& node = m_nodes.emplace_back();
+        for (std::size_t place = 0; place < kWidth; ++place) {
+            const Range& part = parts[place < partCount ? place : 0];
+            SetBox(node, place, part.box);
+            node.link[place] = kNone;
+            if (place >= partCount)
+                continue;
+            if (part.Count() == 1) {
+                node.link[place] = static_cast<std::uint32_t>(ordered.size()) | kPolygon;
+                ordered.push_back(m_items[static_cast<std::size_t>(part.begin)]);
+            } else {
+                stack.push_back({part, index, place});
+            }
+        }
+    }
+    m_items = std::move(ordered);
+}
+
 MeshTree::MeshTree(const std::vector<Vec3>& points, const std::vector<int>& counts,
                    const Vec3& centre) {
-    std::vector<Item> items;
-    items.reserve(counts.size());
-    m_points.reserve(points.size());
-    m_starts.reserve(counts.size() + 1);
-    m_starts.push_back(0);
+    // Where the points of each polygon that stays begin, and their number.
+    std::vector<std::pair<std::size_t, int>> polygons;
+    polygons.reserve(counts.size());
     std::size_t next = 0;
     for (const int count : counts) {
         const std::size_t first = next;
         next += static_cast<std::size_t>(count);
-        Item item;
         bool finite = count > 0;
-        for (std::size_t i = first; i < next; ++i) {
+        for (std::size_t i = first; i < next; ++i)
             finite = finite && IsFinite(points[i]);
-            item.box.Include(points[i] - centre);
-        }
         if (!finite)
             continue;
         for (std::size_t i = first; i < next; ++i)
-            m_points.push_back(points[i] - centre);
-        item.centre = item.box.Centre();
-        item.polygon = static_cast<std::int32_t>(items.size());
-        items.push_back(item);
-        m_starts.push_back(static_cast<std::int32_t>(m_points.size()));
+            m_bounds.Include(points[i] - centre);
+        polygons.emplace_back(first, count);
     }
-    m_points.shrink_to_fit();
-    if (!items.empty())
-        BuildNodes(items);
-}
+    m_starts.push_back(0);
+    if (polygons.empty())
+        return;
 
-/// Top-down, each set split where the surface area heuristic over equal bins is least (Ingo Wald,
-/// "On fast Construction of SAH-based Bounding Volume Hierarchies", 2007), or in halves by count
-/// where the heuristic finds no split or one so uneven that the tree would grow deep.
-void MeshTree::BuildNodes(std::vector<Item>& items) {
-    struct Task {
-        int begin, end;
-        int parent;  ///< node whose far child this is, -1 if none
-    };
-    m_nodes.reserve(2 * items.size() - 1);
-    std::vector<Task> stack{{0, static_cast<int>(items.size()), -1}};
-    while (!stack.empty()) {
-        const Task task = stack.back();
-        stack.pop_back();
-        const auto index = static_cast<std::int32_t>(m_nodes.size());
-        if (task.parent >= 0)
-            m_nodes[static_cast<std::size_t>(task.parent)].link = index;
-        const auto begin = items.begin() + task.begin;
-        const auto end = items.begin() + task.end;
-        Aabb box, centres;
-        for (auto it = begin; it != end; ++it) {
-            box.Include(it->box);
-            centres.Include(it->centre);
+    const double size = std::max(MaxNorm(m_bounds.lower), MaxNorm(m_bounds.upper));
+    m_unit = size > 0 ? std::ldexp(1.0, std::ilogb(size) + 1) : 1;
+    const double perUnit = 1 / m_unit;
+    std::vector<Item> items(polygons.size());
+    for (std::size_t p = 0; p < polygons.size(); ++p) {
+        Aabb box;
+        for (std::size_t i = 0; i < static_cast<std::size_t>(polygons[p].second); ++i)
+            box.Include(points[polygons[p].first + i] - centre);
+        for (int i = 0; i < 3; ++i) {
+            items[p].box.lower[i] = -RoundUp(-box.lower[i] * perUnit);
+            items[p].box.upper[i] = RoundUp(box.upper[i] * perUnit);
         }
-        Node node;
-        node.centre = box.Centre();
-        node.half = box.HalfSize();
-        const int count = task.end - task.begin;
-        if (count == 1) {
-            node.leaf = true;
-            node.link = begin->polygon;
-            m_nodes.push_back(node);
-            continue;
-        }
-        m_nodes.push_back(node);
+        items[p].polygon = static_cast<std::uint32_t>(p);
+    }
+    Builder(items, m_nodes).Build();
+    m_nodes.shrink_to_fit();
 
-        const Vec3 spread = centres.upper - centres.lower;
-        const int axis = spread.x >= spread.y && spread.x >= spread.z ? 0
-                         : spread.y >= spread.z                       ? 1
-                                                                      : 2;
-        auto middle = begin;
-        if (spread[axis] > 0) {
-            const double perBin = kBins / spread[axis];
-            const auto binOf = [&](const Item& item) {
-                const double bin = (item.centre[axis] - centres.lower[axis]) * perBin;
-                return std::clamp(static_cast<int>(bin), 0, kBins - 1);
-            };
-            std::array<Bin, kBins> bins;
-            for (auto it = begin; it != end; ++it) {
-                Bin& bin = bins[static_cast<std::size_t>(binOf(*it))];
-                bin.box.Include(it->box);
-                ++bin.count;
-            }
-            std::array<double, kBins> rightCost{};
-            Aabb right;
-            int rightCount = 0;
-            for (std::size_t i = kBins - 1; i > 0; --i) {
-                right.Include(bins[i].box);
-                rightCount += bins[i].count;
-                rightCost[i] = rightCount > 0 ? right.HalfArea() * rightCount : 0;
-            }
-            Aabb left;
-            int leftCount = 0, bestSplit = 0;
-            double best = Aabb::kInfinity;
-            for (std::size_t i = 0; i + 1 < kBins; ++i) {
-                left.Include(bins[i].box);
-                leftCount += bins[i].count;
-                if (leftCount == 0 || leftCount == count)
-                    continue;
-                const double cost = left.HalfArea() * leftCount + rightCost[i + 1];
-                if (cost < best) {
-                    best = cost;
-                    bestSplit = static_cast<int>(i) + 1;
-                }
-            }
-            if (bestSplit > 0) {
-                middle = std::partition(begin, end,
-                                        [&](const Item& item) { return binOf(item) < bestSplit; });
-            }
-        }
-        const auto smaller = std::min(middle - begin, end - middle);
-        if (smaller < count / 64 || smaller == 0) {
-            middle = begin + count / 2;
-            std::nth_element(begin, middle, end, [&](const Item& a, const Item& b) {
-                return a.centre[axis] != b.centre[axis] ? a.centre[axis] < b.centre[axis]
-                                                        : a.polygon < b.polygon;
-            });
-        }
-        const int split = task.begin + static_cast<int>(middle - begin);
-        // The near child is built next and so stands behind its parent.
-        stack.push_back({split, task.end, index});
-        stack.push_back({task.begin, split, -1});
+    std::size_t total = 0;
+    for (const auto& [first, count] : polygons)
+        total += static_cast<std::size_t>(count);
+    m_points.reserve(total);
+    m_starts.reserve(polygons.size() + 1);
+    for (const Item& item : items) {
+        const auto& [first, count] = polygons[item.polygon];
+        for (std::size_t i = first; i < first + static_cast<std::size_t>(count); ++i)
+            m_points.push_back(points[i] - centre);
+        m_starts.push_back(static_cast<std::int32_t>(m_points.size()));
     }
 }
 

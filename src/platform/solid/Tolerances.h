@@ -51,6 +51,10 @@ inline constexpr double kFlat = 1e-12;
 /// and no face between them that others do not stand for.
 inline constexpr double kParallel = 1e-20;
 
+/// Unit: fourth power of the longest edge; of the square of twice the area. In triangles thinner than
+/// that the normal is too inexact for closed forms.
+inline constexpr double kNeedle = 1e-12;
+
 /// Unit: product of the three lengths in a triple product. Bounds the rounding of one and of the sum
 /// of five; a smaller value could hide a gap, a larger one costs a second look now and then.
 inline constexpr double kTripleRounding = 1e-14;
@@ -82,6 +86,10 @@ inline constexpr float kFilterRounding = 4e-6F;
 /// column is below this or above its inverse: its products must stay normal.
 inline constexpr float kFilterLeastSize = 1e-25F;
 inline constexpr float kFilterLeastSquare = 1e-25F;
+
+/// Unit: the sum of two boxes' sizes and their distance, along one axis. Boxes of meshes are grown by
+/// this where they are compared in single precision; a smaller value could hide a contact.
+inline constexpr float kNodeRounding = 2e-6F;
 
 /// Sizes outside this range (and its inverse) are brought near 1 before anything is computed, by a
 /// power of two, so that products of four lengths stay finite and normal.
