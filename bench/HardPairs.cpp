@@ -15,19 +15,6 @@ namespace {
 
 constexpr int kPairsOfSet = 500;
 
-/// All sizes of a shape, and with them its corners, times a factor along each axis.
-Spec Resized(Spec spec, float x, float y, float z) {
-    if (spec.kind == oracle::Kind::kCylinder || spec.kind == oracle::Kind::kCone) {
-        spec.size = {spec.size[0] * x, spec.size[1] * y, 0};
-    } else {
-        spec.size = {spec.size[0] * x, spec.size[1] * y, spec.size[2] * z};
-    }
-    for (oracle::Point& p : spec.points) {
-        p = {p[0] * x, p[1] * y, p[2] * z};
-    }
-    return spec;
-}
-
 /// Two turned shapes with one middle.
 Pair Concentric(Random& random) {
     return {RandomObject(random), RandomObject(random)};

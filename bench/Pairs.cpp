@@ -117,6 +117,18 @@ oracle::Matrix RandomTurn(Random& random) {
     return RandomPlacement(random, oracle::Placement::kRigid);
 }
 
+Spec Resized(Spec spec, float x, float y, float z) {
+    if (spec.kind == Kind::kCylinder || spec.kind == Kind::kCone) {
+        spec.size = {spec.size[0] * x, spec.size[1] * y, 0};
+    } else {
+        spec.size = {spec.size[0] * x, spec.size[1] * y, spec.size[2] * z};
+    }
+    for (oracle::Point& p : spec.points) {
+        p = {p[0] * x, p[1] * y, p[2] * z};
+    }
+    return spec;
+}
+
 Spec MovedBy(Spec spec, float x, float y, float z) {
     spec.matrix[12] += x;
     spec.matrix[13] += y;

@@ -28,6 +28,8 @@ std::vector<oracle::Pair> MakePool(PairCase pairCase, Touching touching);
 oracle::Spec RandomObject(oracle::Random& random);
 /// A rigid placement, turned at random, about the origin.
 oracle::Matrix RandomTurn(oracle::Random& random);
+/// All sizes of a shape, and with them its corners, times a factor along each axis.
+oracle::Spec Resized(oracle::Spec spec, float x, float y, float z);
 oracle::Spec MovedBy(oracle::Spec spec, float x, float y, float z);
 
 }  // namespace bench
