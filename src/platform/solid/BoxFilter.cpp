@@ -13,8 +13,10 @@ struct UnitAxes {
     Float4 half{0};  ///< lengths in the world
     bool sound = false;
 
-    UnitAxes(FloatColumns columns, const Vec3& halfExtents)
-        : x(Float4::Load(columns[0])), y(Float4::Load(columns[1])), z(Float4::Load(columns[2])) {
+    explicit UnitAxes(const FilterBox& box)
+        : x(Float4::Load(box.columns[0])),
+          y(Float4::Load(box.columns[1])),
+          z(Float4::Load(box.columns[2])) {
         // Ones in the last places, so that nothing is divided by 0.
         Float4 unused(1);
         Transpose(x, y, z, unused);
@@ -26,9 +28,8 @@ struct UnitAxes {
         x = x * inverse;
         y = y * inverse;
         z = z * inverse;
-        half =
-            lengths * Float4(static_cast<float>(halfExtents.x), static_cast<float>(halfExtents.y),
-                             static_cast<float>(halfExtents.z), 0);
+        half = lengths * Abs(Float4(static_cast<float>(box.half.x), static_cast<float>(box.half.y),
+                                    static_cast<float>(box.half.z), 0));
     }
     /// Of the vector (x, y, z), each coordinate spread over all places.
     Float4 Along(Float4 vx, Float4 vy, Float4 vz) const { return x * vx + y * vy + z * vz; }
@@ -55,10 +56,11 @@ Float4 EdgeGaps(const Float4 (&r)[3], const Float4 (&abs)[3], Float4 halfA, Floa
 }  // namespace
 
 /// Separating axes of boxes with right angles (Stefan Gottschalk, "Separating axis theorem", 1996).
-BoxAnswer FilterBoxes(FloatColumns a, const Vec3& halfA, FloatColumns b, const Vec3& halfB,
-                      double margins) {
-    const UnitAxes axesA(a, halfA), axesB(b, halfB);
-    const Float4 dx(b[3][0] - a[3][0]), dy(b[3][1] - a[3][1]), dz(b[3][2] - a[3][2]);
+BoxAnswer FilterBoxes(const FilterBox& a, const FilterBox& b, double margins) {
+    const UnitAxes axesA(a), axesB(b);
+    const Vec3 apart = b.centre - a.centre;
+    const Float4 dx(static_cast<float>(apart.x)), dy(static_cast<float>(apart.y)),
+        dz(static_cast<float>(apart.z));
     const Float4 apartA = axesA.Along(dx, dy, dz), apartB = axesB.Along(dx, dy, dz);
 
     const Float4 sizes = axesA.half + axesB.half + Abs(apartA);

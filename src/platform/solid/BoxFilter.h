@@ -13,11 +13,15 @@ enum class BoxAnswer {
     kUnknown,
 };
 
-/// Columns of a placement without its last row, translation last; they must be at right angles.
-using FloatColumns = const float (*)[3];
+/// What is looked at: the first three columns of a placement, which must be at right angles, half
+/// extents along them, and the middle in the world.
+struct FilterBox {
+    const float (*columns)[3];
+    Vec3 half;
+    Vec3 centre;
+};
 
-/// Boxes of these half extents with the sum of their margins. kApart and kTouch are certain.
-BoxAnswer FilterBoxes(FloatColumns a, const Vec3& halfA, FloatColumns b, const Vec3& halfB,
-                      double margins);
+/// `margins` is the sum of both. kApart and kTouch are certain.
+BoxAnswer FilterBoxes(const FilterBox& a, const FilterBox& b, double margins);
 
 }  // namespace solid

@@ -25,60 +25,64 @@ bool IsRigid(const Mat3& m, bool roundAboutY, bool allEqual) {
     return !allEqual || std::fabs(xx - yy) <= 2 * kRigid * std::max(xx, yy);
 }
 
-/// An ellipsoid that is round becomes a point with a radius.
-void PlaceSphere(Core& core) {
-    if (core.half.x == 0) {
-        core.kind = CoreKind::kPoint;
-    } else if (core.traits.rigid) {
-        const double squares = LengthSquared(core.linear.col[0]) +
-                               LengthSquared(core.linear.col[1]) +
-                               LengthSquared(core.linear.col[2]);
-        core.kind = CoreKind::kPoint;
-        core.radius += core.half.x * std::sqrt(squares / 3);
+/// Of a shape in a rigid placement: of a ball about its middle that lies within it. `half` and
+/// `scale` are half extents and lengths of columns in the world.
+double InnerRadius(const Shape& shape, const Vec3& half, const Vec3& scale) {
+    switch (shape.Kind()) {
+        case ShapeKind::kBox:
+        case ShapeKind::kCylinder:
+            return std::min({half.x, half.y, half.z});
+        case ShapeKind::kCone: {
+            // The slope passes the middle at half the radius.
+            const double radius = std::min(half.x, half.z);
+            const double slope = Length({radius, 2 * half.y, 0});
+            return slope > 0 ? std::min(half.y, radius * (half.y / slope)) : 0;
+        }
+        default:
+            return shape.InnerRadius() * std::min({scale.x, scale.y, scale.z});
+    }
+}
+
+/// Of a ball that such a shape lies in.
+double OuterRadius(ShapeKind kind, const Vec3& half) {
+    switch (kind) {
+        case ShapeKind::kSphere:
+            return std::max({half.x, half.y, half.z});
+        case ShapeKind::kCylinder:
+        case ShapeKind::kCone:
+            return Length({std::max(half.x, half.z), half.y, 0});
+        default:
+            return Length(half);
     }
 }
 
 }  // namespace
 
-Vec3 WorldCentre(const Placed& placed) {
-    return placed.placement * placed.shape->Centre();
-}
-
 Traits FindTraits(const Placed& placed) {
     const Shape& shape = *placed.shape;
     const Mat3& m = placed.placement.linear;
-    Traits traits;
     const ShapeKind kind = shape.Kind();
-    if (kind == ShapeKind::kSphere || kind == ShapeKind::kBox || kind == ShapeKind::kCylinder ||
-        kind == ShapeKind::kCone)
-        traits.rigid = IsRigid(m, kind != ShapeKind::kBox, kind == ShapeKind::kSphere);
-    double size = placed.margin;
-    for (int i = 0; i < 3; ++i)
-        size = std::max(size, MaxNorm(m.col[i] * shape.Half()[i]));
+    const bool round = kind == ShapeKind::kCylinder || kind == ShapeKind::kCone;
+    const bool alike = kind == ShapeKind::kSphere || kind == ShapeKind::kPolytope;
+    Traits traits;
+    traits.rigid = kind != ShapeKind::kMesh && IsRigid(m, round || alike, alike);
+
+    const Vec3 scale{Length(m.col[0]), Length(m.col[1]), Length(m.col[2])};
+    const Vec3 half{scale.x * std::fabs(shape.Half().x), scale.y * std::fabs(shape.Half().y),
+                    scale.z * std::fabs(shape.Half().z)};
+    const double size = std::max(MaxNorm(half), placed.margin);
     traits.small = !(size * kComfortableSize > 1);
     traits.large = !(std::max(size, MaxNorm(WorldCentre(placed))) < kComfortableSize);
-    return traits;
-}
-
-Core MakeCore(const Placed& placed, const Vec3& reference, const VertexSpan* hull) {
-    static constexpr CoreKind kKinds[kShapeKindCount] = {
-        CoreKind::kEllipsoid, CoreKind::kSegment, CoreKind::kBox,  CoreKind::kCylinder,
-        CoreKind::kCone,      CoreKind::kHull,    CoreKind::kHull,
-    };
-    const Shape& shape = *placed.shape;
-    Core core;
-    core.kind = kKinds[static_cast<int>(shape.Kind())];
-    core.traits = placed.traits;
-    core.linear = placed.placement.linear;
-    core.centre = WorldCentre(placed) - reference;
-    core.half = shape.Half();
-    core.radius = placed.margin;
-    if (core.kind == CoreKind::kHull) {
-        core.vertices = hull != nullptr ? *hull : shape.Vertices();
-    } else if (core.kind == CoreKind::kEllipsoid) {
-        PlaceSphere(core);
+    if (!traits.large) {
+        const double inner = traits.rigid ? InnerRadius(shape, half, scale) : 0;
+        const double outer = traits.rigid ? OuterRadius(kind, half) : half.x + half.y + half.z;
+        traits.inner = static_cast<float>((inner + placed.margin) * (1 - kBallSlack));
+        traits.outer = static_cast<float>((outer + placed.margin) * (1 + kBallSlack));
     }
-    return core;
+    // The middle of any other kind belongs to it, that of a surface need not.
+    if (kind == ShapeKind::kMesh)
+        traits.inner = -std::numeric_limits<float>::infinity();
+    return traits;
 }
 
 Vec3 LocalSupport(const Core& core, const Vec3& d) {

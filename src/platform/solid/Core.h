@@ -33,12 +33,20 @@ struct Core {
     double radius = 0;
 };
 
-/// The core of a placed convex shape, relative to `reference` in the world. `hull` names the
-/// polygon when the shape is a mesh.
-Core MakeCore(const Placed& placed, const Vec3& reference, const VertexSpan* hull = nullptr);
+/// The core of a placed convex shape whose middle stands at `centre`. `hull` names the polygon when
+/// the shape is a mesh.
+inline Core MakeCoreAt(const Placed& placed, const Vec3& centre, const VertexSpan* hull = nullptr);
 
 /// Where the middle of a placed shape stands in the world.
-Vec3 WorldCentre(const Placed& placed);
+inline Vec3 WorldCentre(const Placed& placed) {
+    return placed.placement * placed.shape->Centre();
+}
+
+/// The same, relative to `reference` in the world.
+inline Core MakeCore(const Placed& placed, const Vec3& reference,
+                     const VertexSpan* hull = nullptr) {
+    return MakeCoreAt(placed, WorldCentre(placed) - reference, hull);
+}
 
 /// The point of the core (without radius) that lies furthest along `direction`, which need not have
 /// length 1.
@@ -56,6 +64,40 @@ Vec3 LocalSupport(const Core& core, const Vec3& direction);
 
 /// Any unit vector at right angles to `v`; (1, 0, 0) for the zero vector.
 Vec3 Perpendicular(const Vec3& v);
+
+/// A sphere that a rigid placement leaves round becomes a point with a radius.
+inline void PlaceSphere(Core& core) {
+    if (core.half.x == 0) {
+        core.kind = CoreKind::kPoint;
+    } else if (core.traits.rigid) {
+        const Mat3& m = core.linear;
+        const double squares =
+            LengthSquared(m.col[0]) + LengthSquared(m.col[1]) + LengthSquared(m.col[2]);
+        core.kind = CoreKind::kPoint;
+        core.radius += core.half.x * std::sqrt(squares / 3);
+    }
+}
+
+inline Core MakeCoreAt(const Placed& placed, const Vec3& centre, const VertexSpan* hull) {
+    static constexpr CoreKind kKinds[kShapeKindCount] = {
+        CoreKind::kEllipsoid, CoreKind::kSegment, CoreKind::kBox,  CoreKind::kCylinder,
+        CoreKind::kCone,      CoreKind::kHull,    CoreKind::kHull,
+    };
+    const Shape& shape = *placed.shape;
+    Core core{kKinds[static_cast<int>(shape.Kind())],
+              placed.traits,
+              placed.placement.linear,
+              centre,
+              shape.Half(),
+              {},
+              placed.margin};
+    if (core.kind == CoreKind::kHull) {
+        core.vertices = hull != nullptr ? *hull : shape.Vertices();
+    } else if (core.kind == CoreKind::kEllipsoid) {
+        PlaceSphere(core);
+    }
+    return core;
+}
 
 inline Vec3 Support(const Core& core, const Vec3& direction) {
     if (core.kind == CoreKind::kPoint)

@@ -211,13 +211,20 @@ GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question, Simplex* la
     };
 
     Simplex simplex;
-    simplex.points[0] = SupportDifference(a, b, b.centre - a.centre);
+    const Vec3 towardsB = b.centre - a.centre;
+    simplex.points[0] = SupportDifference(a, b, towardsB);
     simplex.weights[0] = 1;
     simplex.count = 1;
     Vec3 v = simplex.points[0].w;
     double squared = LengthSquared(v);
-    double scale = MaxNorm(v);
+    double scale = std::max(MaxNorm(v), MaxNorm(simplex.points[0].a - a.centre));
     LowerBound lower;
+    const auto isApart = [&](double along, double lengthSquared) {
+        return along > 0 && along * along > Square(radius + kTouch * scale) * lengthSquared;
+    };
+    // The line of the middles tells of most bodies that are far from each other.
+    if (isApart(-Dot(towardsB, v), LengthSquared(towardsB)) && decide(false))
+        return result;
 
     for (int step = 0; step < kMaxDistanceSteps; ++step) {
         if (squared <= Square(kTouch * scale)) {
@@ -230,10 +237,8 @@ GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question, Simplex* la
         scale = std::max({scale, MaxNorm(next.w), MaxNorm(next.a - a.centre)});
         const double along = Dot(v, next.w);
         lower.Include(along, squared);
-        if (along > 0 && along * along > Square(radius + kTouch * scale) * squared &&
-            decide(false)) {
+        if (isApart(along, squared) && decide(false))
             break;
-        }
         if (lower.IsAtLeast(Square(1 - kDistanceGap) * squared) ||
             Square(squared - along) <= Square(kDistanceFloor * scale) * squared ||
             Holds(simplex, next.w)) {

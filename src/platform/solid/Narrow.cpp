@@ -5,6 +5,7 @@
 #include "platform/solid/ConvexPair.h"
 #include "platform/solid/Core.h"
 #include "platform/solid/MeshCases.h"
+#include "platform/solid/Tolerances.h"
 
 namespace solid {
 
@@ -23,12 +24,36 @@ PointPair ToWorld(PointPair pair, const Vec3& reference, bool swap) {
     return pair;
 }
 
+/// Where the middle of b stands as seen from that of a, and what their balls tell.
+struct Balls {
+    Balls(const Placed& a, const Placed& b, const Vec3& centreOfA)
+        : apart(WorldCentre(b) - centreOfA) {
+        const double squared = LengthSquared(apart);
+        inner = static_cast<double>(a.traits.inner) + static_cast<double>(b.traits.inner);
+        const double outer =
+            static_cast<double>(a.traits.outer) + static_cast<double>(b.traits.outer);
+        touch = inner > kBallLeast * outer && squared < inner * inner;
+        miss = squared > outer * outer;
+    }
+    /// A point of both bodies, relative to the middle of a, if they touch.
+    Vec3 Common(const Placed& a) const {
+        return apart * (static_cast<double>(a.traits.inner) / inner);
+    }
+
+    Vec3 apart;
+    double inner;
+    bool touch, miss;
+};
+
 }  // namespace
 
 bool InContact(const Placed& a, const Placed& b) {
     const Vec3 reference = WorldCentre(a);
+    const Balls balls(a, b, reference);
+    if (balls.touch || balls.miss)
+        return balls.touch;
     if (!IsMesh(a) && !IsMesh(b))
-        return ConvexContact(MakeCore(a, reference), MakeCore(b, reference));
+        return ConvexContact(MakeCoreAt(a, {}), MakeCoreAt(b, balls.apart));
     if (IsMesh(a) && IsMesh(b))
         return MeshesContact(a, b, reference);
     return IsMesh(b) ? MeshContact(a, b, reference) : MeshContact(b, a, reference);
@@ -36,8 +61,13 @@ bool InContact(const Placed& a, const Placed& b) {
 
 PointPair ClosestPoints(const Placed& a, const Placed& b) {
     const Vec3 reference = WorldCentre(a);
+    const Balls balls(a, b, reference);
+    if (balls.touch) {
+        const Vec3 common = reference + balls.Common(a);
+        return {common, common, 0};
+    }
     if (!IsMesh(a) && !IsMesh(b)) {
-        const PointPair pair = ConvexClosest(MakeCore(a, reference), MakeCore(b, reference));
+        const PointPair pair = ConvexClosest(MakeCoreAt(a, {}), MakeCoreAt(b, balls.apart));
         return ToWorld(pair, reference, false);
     }
     if (IsMesh(a) && IsMesh(b))
@@ -48,10 +78,13 @@ PointPair ClosestPoints(const Placed& a, const Placed& b) {
 
 bool Penetration(const Placed& a, const Placed& b, PointPair& result) {
     const Vec3 reference = WorldCentre(a);
+    const Balls balls(a, b, reference);
+    if (balls.miss)
+        return false;
     PointPair pair;
     bool contact;
     if (!IsMesh(a) && !IsMesh(b)) {
-        contact = ConvexPenetration(MakeCore(a, reference), MakeCore(b, reference), pair);
+        contact = ConvexPenetration(MakeCoreAt(a, {}), MakeCoreAt(b, balls.apart), pair);
     } else if (IsMesh(a) && IsMesh(b)) {
         contact = MeshesPenetration(a, b, reference, pair);
     } else {

@@ -3,6 +3,8 @@
 /// Questions about two placed shapes. The three answers agree: contact where and only where the
 /// distance is 0 and there is a depth. Placements must be finite and shapes not empty.
 
+#include <limits>
+
 #include "platform/solid/Shape.h"
 
 namespace solid {
@@ -14,6 +16,11 @@ struct Traits {
     bool rigid = false;
     bool large = false;  ///< some coordinate or size is beyond kComfortableSize
     bool small = false;  ///< no size is above the inverse of kComfortableSize
+    /// Radii of balls about the middle of the shape in the world, margin included: one that lies
+    /// within the body, for certain, and one that the body lies in. A mesh has no inner one: its
+    /// radius is minus infinity.
+    float inner = 0;
+    float outer = std::numeric_limits<float>::infinity();
 };
 
 struct Placed {

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "platform/solid/BoxFilter.h"
+#include "platform/solid/Core.h"
 #include "platform/solid/RespTable.h"
 #include "platform/solid/Scene.h"
 #include "platform/solid/Tolerances.h"
@@ -87,16 +88,27 @@ Aabb Object::WorldBox() const {
 }
 
 bool Object::InContact(const Object& a, const Object& b) {
-    const bool boxes = a.m_shape->Kind() == ShapeKind::kBox && b.m_shape->Kind() == ShapeKind::kBox;
-    if (boxes && a.m_traits.rigid && b.m_traits.rigid && !a.m_traits.large && !b.m_traits.large) {
+    if (a.IsFilterable() && b.IsFilterable()) {
         const double margins = static_cast<double>(a.m_margin) + static_cast<double>(b.m_margin);
-        const BoxAnswer answer =
-            FilterBoxes(a.m_columns, a.m_shape->Half(), b.m_columns, b.m_shape->Half(), margins);
+        const BoxAnswer answer = FilterBoxes(a.GetFilterBox(), b.GetFilterBox(), margins);
         if (answer != BoxAnswer::kUnknown) {
             return answer == BoxAnswer::kTouch;
         }
     }
     return solid::InContact(a.GetPlaced(), b.GetPlaced());
+}
+
+bool Object::IsFilterable() const {
+    const ShapeKind kind = m_shape->Kind();
+    const bool box = kind == ShapeKind::kBox || (kind == ShapeKind::kSegment &&
+                                                 m_shape->Half().x == 0 && m_shape->Half().z == 0);
+    return box && m_traits.rigid && !m_traits.large;
+}
+
+FilterBox Object::GetFilterBox() const {
+    const Placed placed = GetPlaced();
+    const bool box = m_shape->Kind() == ShapeKind::kBox;
+    return {m_columns, m_shape->Half(), box ? placed.placement.origin : WorldCentre(placed)};
 }
 
 int Object::ClassInMore(const RespTable& table) const {

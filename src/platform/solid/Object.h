@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "platform/solid/BoxFilter.h"
 #include "platform/solid/Narrow.h"
 
 namespace solid {
@@ -69,6 +70,9 @@ class Object {
     /// What is known of the present placement.
     enum class Part : std::uint8_t { kUnknown, kTakes, kTakesNot };
 
+    /// A box in a rigid placement, or a segment along an axis, which is a box of no width.
+    bool IsFilterable() const;
+    FilterBox GetFilterBox() const;
     /// Sets m_part and m_traits; answers TakesPart().
     bool FindOut() const;
     int ClassInMore(const RespTable& table) const;

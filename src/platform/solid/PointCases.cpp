@@ -63,24 +63,35 @@ PointPlace PlaceAtSegment(const Core& core, const Vec3& point) {
 }
 
 PointPlace PlaceAtBox(const Core& core, const Vec3& point) {
-    const LocalFrame frame(core, point);
-    Vec3 nearest;
-    double depth = Aabb::kInfinity;
-    int side = 0;
+    // Along the columns as they are: their lengths matter only inside.
+    const Vec3 p = point - core.centre;
+    Vec3 apart;
+    double slack[3], squares[3], along[3];
     bool inside = true;
     for (int i = 0; i < 3; ++i) {
-        const double half = core.half[i] * frame.length[i];
-        const double x = frame.point[i];
-        nearest[i] = std::clamp(x, -half, half);
-        inside = inside && std::fabs(x) <= half;
-        if (half - std::fabs(x) < depth) {
-            depth = half - std::fabs(x);
-            side = i;
+        const Vec3& column = core.linear.col[i];
+        squares[i] = LengthSquared(column);
+        along[i] = Dot(column, p);
+        slack[i] = core.half[i] * squares[i] - std::fabs(along[i]);
+        if (slack[i] < 0) {
+            inside = false;
+            apart += column * (std::copysign(slack[i], along[i]) / squares[i]);
         }
     }
-    if (inside)
-        return Inside(point, depth, frame.axis[side] * (frame.point[side] < 0 ? -1 : 1));
-    return Outside(point, point + frame.World(nearest - frame.point), frame.axis[side]);
+    // So near to the border that the square of the distance is 0 counts as on it.
+    const double distance = Length(apart);
+    if (!inside && distance > 0)
+        return {distance, point - apart, apart * (1 / distance)};
+    double depth = Aabb::kInfinity;
+    Vec3 normal;
+    for (int i = 0; i < 3; ++i) {
+        const double length = std::sqrt(squares[i]);
+        if (slack[i] / length < depth) {
+            depth = slack[i] / length;
+            normal = core.linear.col[i] * std::copysign(1 / length, along[i]);
+        }
+    }
+    return Inside(point, depth, normal);
 }
 
 PointPlace PlaceAtCylinder(const Core& core, const Vec3& point) {

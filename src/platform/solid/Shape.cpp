@@ -38,6 +38,7 @@ std::unique_ptr<Shape> Shape::NewSphere(double radius) {
     std::unique_ptr<Shape> shape(new Shape(ShapeKind::kSphere));
     const double r = CleanSize(radius);
     shape->m_half = {r, r, r};
+    shape->m_inner = r;
     return shape;
 }
 
@@ -69,17 +70,43 @@ std::unique_ptr<Shape> Shape::NewUnbuilt(ShapeKind kind) {
     return shape;
 }
 
+namespace {
+
+/// Distance from a point inside a tetrahedron to the nearest face; 0 if it is not inside. The
+/// corners are relative to the point.
+double DepthInTetrahedron(const std::vector<Vec3>& p) {
+    static constexpr std::size_t kFaces[4][4] = {
+        {0, 1, 2, 3}, {0, 1, 3, 2}, {0, 2, 3, 1}, {1, 2, 3, 0}};
+    double depth = Aabb::kInfinity;
+    for (const auto& f : kFaces) {
+        const Vec3 normal = Cross(p[f[1]] - p[f[0]], p[f[2]] - p[f[0]]);
+        const double height = Dot(p[f[0]], normal);
+        const double opposite = Dot(p[f[0]] - p[f[3]], normal);
+        if (!(height * opposite > 0))
+            return 0;
+        depth = std::min(depth, std::fabs(height) / Length(normal));
+    }
+    return depth;
+}
+
+}  // namespace
+
 void Shape::BuildPolytope(std::vector<Vec3> points) {
     std::erase_if(points, [](const Vec3& p) { return !IsFinite(p); });
-    Aabb bounds;
-    for (const Vec3& p : points)
-        bounds.Include(p);
     if (points.empty())
         return;
-    m_centre = bounds.Centre();
-    m_half = bounds.HalfSize();
-    for (Vec3& p : points)
+    // The mean lies within the hull. As floats, so that differences of it are exact.
+    Vec3 mean;
+    for (const Vec3& p : points)
+        mean += p * (1 / static_cast<double>(points.size()));
+    for (int i = 0; i < 3; ++i)
+        m_centre[i] = static_cast<double>(static_cast<float>(mean[i]));
+    for (Vec3& p : points) {
         p -= m_centre;
+        m_half = Max(m_half, Abs(p));
+    }
+    if (points.size() == 4)
+        m_inner = DepthInTetrahedron(points);
     points.shrink_to_fit();
     m_points = std::move(points);
     m_empty = false;

@@ -50,11 +50,15 @@ class Shape {
 
     ShapeKind Kind() const { return m_kind; }
     /// Half extents of a box; (radius, half height, radius) of a cylinder or cone; (radius, radius,
-    /// radius) of a sphere; half of target - source of a segment.
+    /// radius) of a sphere; half of target - source of a segment; of polytopes and meshes, the
+    /// reach from Centre() along each axis.
     const Vec3& Half() const { return m_half; }
     /// The point of the shape's frame that all other coordinates here are relative to: it keeps
     /// shapes that lie far from their origin exact.
     const Vec3& Centre() const { return m_centre; }
+    /// Radius of a ball about Centre() that lies within the shape, for certain; 0 of polytopes that
+    /// are no tetrahedra and of meshes.
+    double InnerRadius() const { return m_inner; }
     /// Of a polytope, relative to Centre().
     VertexSpan Vertices() const { return {m_points.data(), static_cast<int>(m_points.size())}; }
     /// Of a mesh.
@@ -72,6 +76,7 @@ class Shape {
     bool m_empty = false;
     Vec3 m_half;
     Vec3 m_centre;
+    double m_inner = 0;
     std::vector<Vec3> m_points;
     std::unique_ptr<MeshTree> m_mesh;
 };

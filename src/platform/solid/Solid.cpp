@@ -1,5 +1,6 @@
 #include "platform/solid/Solid.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -25,10 +26,8 @@ Vec3 ToVec3(const float v[3]) {
 
 /// Nearest float, without overflow: objects that are finite have finite results.
 float ToFloat(double d) {
-    constexpr float kMost = std::numeric_limits<float>::max();
-    return d >= static_cast<double>(kMost)    ? kMost
-           : d <= -static_cast<double>(kMost) ? -kMost
-                                              : static_cast<float>(d);
+    constexpr auto kMost = static_cast<double>(std::numeric_limits<float>::max());
+    return static_cast<float>(std::clamp(d, -kMost, kMost));
 }
 
 /// A distance of 0 means contact, so one that is above 0 must not become 0.

@@ -19,7 +19,7 @@ inline constexpr double kBoxSlack = 1e-12;
 /// the distance of the points found differ by less. The distance is returned as a float (6e-8), so
 /// a smaller value costs iterations on curved shapes for nothing, a larger one is seen in the
 /// result.
-inline constexpr double kDistanceGap = 1e-9;
+inline constexpr double kDistanceGap = 1e-8;
 
 /// Unit: scale of the pair. The same, absolute: below it the gap is rounding.
 inline constexpr double kDistanceFloor = 1e-14;
@@ -36,8 +36,8 @@ inline constexpr double kDepthFloor = 1e-13;
 /// another.
 inline constexpr double kFootOutside = 1e-9;
 
-/// Unit: cube of the longest edge. A simplex of the contact test with less volume is no start for an
-/// expansion: its faces would be rounding.
+/// Unit: cube of the longest edge. A simplex of the contact test with less volume is no start for
+/// an expansion: its faces would be rounding.
 inline constexpr double kStartVolume = 1e-6;
 
 /// Unit: square of the longest edge. A face of an expansion with less area has no normal.
@@ -51,12 +51,12 @@ inline constexpr double kFlat = 1e-12;
 /// and no face between them that others do not stand for.
 inline constexpr double kParallel = 1e-20;
 
-/// Unit: fourth power of the longest edge; of the square of twice the area. In triangles thinner than
-/// that the normal is too inexact for closed forms.
+/// Unit: fourth power of the longest edge; of the square of twice the area. In triangles thinner
+/// than that the normal is too inexact for closed forms.
 inline constexpr double kNeedle = 1e-12;
 
-/// Unit: product of the three lengths in a triple product. Bounds the rounding of one and of the sum
-/// of five; a smaller value could hide a gap, a larger one costs a second look now and then.
+/// Unit: product of the three lengths in a triple product. Bounds the rounding of one and of the
+/// sum of five; a smaller value could hide a gap, a larger one costs a second look now and then.
 inline constexpr double kTripleRounding = 1e-14;
 
 /// Square of the sine of an angle. The same for the faces of two boxes' difference, where a face
@@ -74,22 +74,33 @@ inline constexpr double kBoxUnsure = 1e-6;
 inline constexpr double kCoplanar = 1e-6;
 
 /// Relative. Columns of a placement that differ in length, or from right angles, by less than this
-/// are those of a rotation with a scale: a matrix of floats holds no rotation any better.
-inline constexpr double kRigid = 2.5e-7;
+/// are those of a rotation with a scale: a product of a few matrices of floats holds no rotation
+/// any better. A smaller value sends turned spheres and boxes to slower methods, a larger one is
+/// seen in distances.
+inline constexpr double kRigid = 1e-6;
 
 /// Relative, to the sum of the sizes and the distance of two boxes: bounds the error of a filter in
 /// single precision, that of taking the columns of a rigid placement (kRigid) for exact included.
 /// What is nearer to just touching is decided in double precision.
-inline constexpr float kFilterRounding = 4e-6F;
+inline constexpr float kFilterRounding = 1e-5F;
 
 /// A filter in single precision decides nothing about smaller boxes, nor where the square of a
 /// column is below this or above its inverse: its products must stay normal.
 inline constexpr float kFilterLeastSize = 1e-25F;
 inline constexpr float kFilterLeastSquare = 1e-25F;
 
-/// Unit: the sum of two boxes' sizes and their distance, along one axis. Boxes of meshes are grown by
-/// this where they are compared in single precision; a smaller value could hide a contact.
+/// Unit: the sum of two boxes' sizes and their distance, along one axis. Boxes of meshes are grown
+/// by this where they are compared in single precision; a smaller value could hide a contact.
 inline constexpr float kNodeRounding = 2e-6F;
+
+/// Relative: the balls within and around bodies are made this much smaller and larger, so that what
+/// they decide is certain, with radii in single precision and columns that are rigid within kRigid.
+inline constexpr double kBallSlack = 5e-6;
+
+/// Relative, to the radius of the balls around two bodies: smaller balls within them decide
+/// nothing, as the iterations, which tell the depth, see so small a part of a body through
+/// rounding.
+inline constexpr double kBallLeast = 1e-6;
 
 /// Sizes outside this range (and its inverse) are brought near 1 before anything is computed, by a
 /// power of two, so that products of four lengths stay finite and normal.
