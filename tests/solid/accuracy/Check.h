@@ -33,15 +33,17 @@ inline constexpr double kDepthOfSize = 1e-6;
 }  // namespace bar
 
 enum class Fault {
-    kConsistency,  ///< the three answers contradict each other
+    kConsistency,  ///< the answers contradict each other
     kContact,
     kDistance,
     kPoints,
     kDepth,
     kParting,
-    kEnds,  ///< of the depth: off their shapes
+    kEnds,   ///< of the depth: off their shapes
+    kSwap,   ///< not the same answers of the two in the other order
+    kMoved,  ///< not the same answers after a motion, a mirror or a scale of both
 };
-inline constexpr int kFaultCount = 7;
+inline constexpr int kFaultCount = 9;
 const char* Name(Fault fault);
 
 /// Of many pairs: how many there were, what went wrong how often, and the first such pair.
@@ -55,15 +57,17 @@ struct Tally {
     double worst[kFaultCount] = {};
     std::string first[kFaultCount];
 
-    bool HasFaults() const;
+    int FaultCount() const;
+    bool HasFaults() const { return FaultCount() > 0; }
     std::string Text() const;
 };
 
-struct What {
-    bool distance = true;
-    bool depth = true;
-};
+/// Asks the engine, each of the two first, and compares. Depths take the longest.
+Answers Check(const Pair& pair, bool checkDepth, Tally& tally);
 
-void Check(const Pair& pair, const Answers& answers, const What& what, Tally& tally);
+/// Asks again after quarter turns, mirrors, scales and shifts at random that are exact in floats,
+/// so that only the engine's own sense of directions, places and sizes can show. The two may also
+/// be created in the other order.
+void CheckMoved(Random& random, const Pair& pair, const Answers& answers, Tally& tally);
 
 }  // namespace oracle

@@ -85,7 +85,7 @@ TEST(Degenerate, FlatThinAndPointLikeShapesAnswerAsTheOracleDoes) {
                 const Spec placed = At(b, static_cast<float>(random.Uniform(-2, 2)),
                                        static_cast<float>(random.Uniform(-2, 2)),
                                        static_cast<float>(random.Uniform(-2, 2)));
-                Check({a, placed}, Ask(a, placed), {true, i == 0}, tally);
+                Check({a, placed}, i == 0, tally);
             }
         }
     }
@@ -101,7 +101,7 @@ TEST(Degenerate, CoincidingFeaturesAnswerAsTheOracleDoes) {
                                    Point{0.5F, 1, -1}, Point{0, 0, 2}}) {
                 const Spec placed = At(b, p[0], p[1], p[2]);
                 ExpectSound(a, placed);
-                Check({a, placed}, Ask(a, placed), {true, p[1] != 0}, tally);
+                Check({a, placed}, p[1] != 0, tally);
             }
         }
     }
@@ -127,7 +127,7 @@ TEST(Degenerate, TinyShapesFarFromTheOriginAnswerAsTheOracleDoes) {
             spec->matrix[14] = 1e6F;
         }
         ExpectSound(pair.a, pair.b);
-        Check(pair, Ask(pair.a, pair.b), {true, false}, tally);
+        Check(pair, false, tally);
     }
     EXPECT_FALSE(tally.HasFaults()) << tally.Text();
 }
@@ -147,7 +147,7 @@ TEST(Degenerate, HugeAndTinyScalesAnswerAsTheOracleDoes) {
                 }
                 spec->margin *= scale;
             }
-            Check(pair, Ask(pair.a, pair.b), {true, i % 4 == 0}, tally);
+            Check(pair, i % 4 == 0, tally);
         }
         EXPECT_FALSE(tally.HasFaults()) << scale << '\n' << tally.Text();
     }

@@ -43,6 +43,10 @@ Features FeaturesOfHull(const std::vector<Vec3>& v) {
             for (std::size_t l = k + 1; l < count; ++l) {
                 const Vec3 n = Cross(v[k] - v[i], v[l] - v[i]);
                 const double size = solid::MaxNorm(n);
+                if (size <= 1e-12 * solid::MaxNorm(v[k] - v[i]) * solid::MaxNorm(v[l] - v[i])) {
+                    addEdge(i, k), addEdge(k, l), addEdge(i, l);  // in one line
+                    continue;
+                }
                 bool above = false;
                 bool below = false;
                 for (std::size_t m = 0; m < count && !(above && below); ++m) {
@@ -158,7 +162,7 @@ void AddNormals(const Convex& convex, const std::vector<Vec3>& spread, std::vect
 
 }  // namespace
 
-Depth SearchedDepthOf(const Convex& a, const Convex& b) {
+Depth SearchedDepthOf(const Convex& a, const Convex& b, const Vec3& guess) {
     static const std::vector<Vec3> kEven = Spread(2000);
     static const std::vector<Vec3> kBent = Spread(600);
     std::vector<Vec3> directions = kEven;
@@ -203,28 +207,34 @@ Depth SearchedDepthOf(const Convex& a, const Convex& b) {
             break;
         }
     }
+    if (LengthSquared(guess) > 0) {
+        search.Refine(guess, 1e-2, 60);
+    }
     search.Refine(search.Best().direction, 1e-3, 60);
     search.Refine(search.Best().direction, 1e-5, 40);
     return search.Best();
 }
 
-Depth DepthOf(const Convex& a, const Convex& b) {
+Depth DepthOf(const Convex& a, const Convex& b, const Vec3& guess) {
     const double margins = a.margin + b.margin;
     if (margins > 0) {
         Convex core1 = a;
         Convex core2 = b;
         core1.margin = core2.margin = 0;
+        core1.centre = {};  // points far from the origin have few digits for a difference
+        core2.centre = b.centre - a.centre;
         const Distance apart = DistanceOf(core1, core2);
         const Vec3 difference = apart.point1 - apart.point2;
-        if (apart.inside < 0 && apart.upper > 0) {
+        // Nearer to touching, the difference is no direction.
+        if (apart.inside < 0 && apart.upper > 1e-6 * margins) {
             return {margins - apart.upper, difference * (1 / Length(difference))};
         }
-        Depth depth = DepthOf(core1, core2);
+        Depth depth = DepthOf(core1, core2, guess);
         depth.value += margins;
         return depth;
     }
     if (!a.IsPolyhedral() || !b.IsPolyhedral()) {
-        return SearchedDepthOf(a, b);
+        return SearchedDepthOf(a, b, guess);
     }
     // The least is at a facet of the difference of the two sets: a facet of one of them, or the
     // parallelogram of two edges.

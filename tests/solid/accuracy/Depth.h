@@ -16,10 +16,11 @@ struct Depth {
 };
 
 /// For polyhedra exact: all directions in which the least can be are looked at. Else the best of
-/// many thousand directions after local search, never below the true depth.
-Depth DepthOf(const Convex& a, const Convex& b);
+/// many thousand directions after local search, and of `guess` if it has a length; never below the
+/// true depth.
+Depth DepthOf(const Convex& a, const Convex& b, const Vec3& guess = {});
 
 /// By search alone, whatever the sets.
-Depth SearchedDepthOf(const Convex& a, const Convex& b);
+Depth SearchedDepthOf(const Convex& a, const Convex& b, const Vec3& guess = {});
 
 }  // namespace oracle

@@ -49,6 +49,37 @@ DT_Bool Continue(void*, void*, void*, const void*) {
     return DT_CONTINUE;
 }
 
+/// A scene with two classes that are tested against each other.
+class TwoClasses {
+  public:
+    TwoClasses() {
+        DT_AddPairResponse(m_table, m_class1, m_class2, Continue, DT_SIMPLE_RESPONSE, nullptr);
+    }
+    ~TwoClasses() {
+        DT_DestroyRespTable(m_table);
+        DT_DestroyScene(m_scene);
+    }
+    TwoClasses(const TwoClasses&) = delete;
+    TwoClasses& operator=(const TwoClasses&) = delete;
+
+    bool Touch(DT_ObjectHandle a, DT_ObjectHandle b) const {
+        DT_SetResponseClass(m_table, a, m_class1);
+        DT_SetResponseClass(m_table, b, m_class2);
+        DT_AddObject(m_scene, a);
+        DT_AddObject(m_scene, b);
+        const bool contact = DT_Test(m_scene, m_table) != 0;
+        DT_RemoveObject(m_scene, a);
+        DT_RemoveObject(m_scene, b);
+        return contact;
+    }
+
+  private:
+    DT_SceneHandle m_scene = DT_CreateScene();
+    DT_RespTableHandle m_table = DT_CreateRespTable();
+    DT_ResponseClass m_class1 = DT_GenResponseClass(m_table);
+    DT_ResponseClass m_class2 = DT_GenResponseClass(m_table);
+};
+
 }  // namespace
 
 EngineObject::EngineObject(const Spec& spec)
@@ -62,26 +93,11 @@ EngineObject::~EngineObject() {
     DT_DeleteShape(m_shape);
 }
 
-bool InContact(const EngineObject& a, const EngineObject& b) {
-    const DT_SceneHandle scene = DT_CreateScene();
-    const DT_RespTableHandle table = DT_CreateRespTable();
-    const DT_ResponseClass classes[2] = {DT_GenResponseClass(table), DT_GenResponseClass(table)};
-    DT_SetResponseClass(table, a.Handle(), classes[0]);
-    DT_SetResponseClass(table, b.Handle(), classes[1]);
-    DT_AddPairResponse(table, classes[0], classes[1], Continue, DT_SIMPLE_RESPONSE, nullptr);
-    DT_AddObject(scene, a.Handle());
-    DT_AddObject(scene, b.Handle());
-    const bool contact = DT_Test(scene, table) != 0;
-    DT_RemoveObject(scene, a.Handle());
-    DT_RemoveObject(scene, b.Handle());
-    DT_DestroyRespTable(table);
-    DT_DestroyScene(scene);
-    return contact;
-}
-
 Answers Ask(const EngineObject& a, const EngineObject& b) {
+    static const TwoClasses kScene;
     Answers answers;
-    answers.contact = InContact(a, b);
+    answers.contact = kScene.Touch(a.Handle(), b.Handle());
+    answers.inContact = DT_InContact(a.Handle(), b.Handle());
     answers.distance =
         DT_GetClosestPair(a.Handle(), b.Handle(), answers.point1.data(), answers.point2.data());
     answers.hasDepth =

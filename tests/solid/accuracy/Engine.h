@@ -23,7 +23,8 @@ class EngineObject {
 };
 
 struct Answers {
-    bool contact = false;
+    bool contact = false;  ///< by a test of a scene that holds only these two
+    bool inContact = false;
     float distance = 0;
     Point point1{}, point2{};
     bool hasDepth = false;
@@ -32,8 +33,6 @@ struct Answers {
     bool operator==(const Answers&) const = default;
 };
 
-/// By a test of a scene that holds only these two.
-bool InContact(const EngineObject& a, const EngineObject& b);
 Answers Ask(const EngineObject& a, const EngineObject& b);
 Answers Ask(const Spec& a, const Spec& b);
 /// The same answers, told of the two in the other order.
