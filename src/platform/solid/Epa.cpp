@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/solid/CurvedDepth.h"
 #include "platform/solid/Tolerances.h"
 
 namespace solid {
@@ -22,6 +23,10 @@ struct Face {
 
 constexpr int Following(int edge) {
     return edge < 2 ? edge + 1 : 0;
+}
+
+constexpr int Before(int edge) {
+    return edge > 0 ? edge - 1 : 2;
 }
 
 /// A face of the border of the hull, and the offset it was entered with.
@@ -43,21 +48,35 @@ struct FaceEdge {
 /// takes longer than a query does.
 struct Workspace {
     std::vector<SupportPoint> points;
+    std::vector<Vec3> directions;     ///< by point: that it was found with, or zero
     std::vector<std::int32_t> rimOf;  ///< by point: the last rim that it was on, as its apex
-    std::vector<Face> faces;
+    std::vector<Face> faces;          ///< the first `faceCount` of them
+    std::size_t faceCount = 0;
     std::vector<Candidate> heap;
     std::vector<std::int32_t> visible;
     std::vector<FaceEdge> open;
     std::vector<FaceEdge> rim;
+    LocalDepth locals[kMaxLocalDepths];
+
+    void Clear() {
+        points.clear();
+        directions.clear();
+        rimOf.clear();
+        faceCount = 0;
+        heap.clear();
+    }
+    Face& NewFace() {
+        if (faceCount == faces.size())
+            faces.resize(2 * faceCount + 64);
+        return faces[faceCount++];
+    }
 };
 
 class Expansion {
   public:
-    Expansion(const Core& a, const Core& b, Workspace& space) : m_a(a), m_b(b), m_space(space) {
-        m_space.points.clear();
-        m_space.rimOf.clear();
-        m_space.faces.clear();
-        m_space.heap.clear();
+    Expansion(const Core& a, const Core& b, Workspace& space)
+        : m_a(a), m_b(b), m_space(space), m_curved(IsCurved(a) || IsCurved(b)) {
+        space.Clear();
     }
     DepthResult Run(const Simplex* start);
 
@@ -67,16 +86,21 @@ class Expansion {
     std::optional<DepthResult> MakeTetrahedron();
     DepthResult Flat(const Vec3& unit, const SupportPoint& anyPoint);
     bool AddTetrahedron(const SupportPoint* corners);
-    std::int32_t AddPoint(const SupportPoint& point);
+    std::int32_t AddPoint(const SupportPoint& point, const Vec3& direction);
     Face& FaceAt(std::int32_t index) { return m_space.faces[static_cast<std::size_t>(index)]; }
     const Vec3& W(std::int32_t point) const {
         return m_space.points[static_cast<std::size_t>(point)].w;
     }
     bool AddFace(std::int32_t i, std::int32_t j, std::int32_t k);
     void Join(FaceEdge one, FaceEdge other);
-    bool Expand(std::int32_t face, const SupportPoint& point);
+    bool Expand(std::int32_t face, const SupportPoint& point, const Vec3& direction);
     bool CollectRim(std::int32_t face, std::int32_t apex);
     DepthResult Finish(const Vec3& axis, double height);
+    void Take(const LocalDepth& local);
+    void Refine(std::int32_t face, const Vec3& normal, double offset, double height);
+    void Insert(const SupportPoint& point, const Vec3& direction);
+    bool IsWithin(std::int32_t face, const LocalDepth& local, double open);
+    bool IsSettled(std::int32_t face, double open);
 
     const Core& m_a;
     const Core& m_b;
@@ -84,6 +108,10 @@ class Expansion {
     double m_scale = 0;
     double m_best = Aabb::kInfinity;  ///< least height of a support plane so far: a certain depth
     Vec3 m_bestAxis{1, 0, 0};
+    bool m_curved;
+    int m_localCount = 0;
+    int m_refined = 0;     ///< how often a direction was
+    int m_bestLocal = -1;  ///< that has the best height, if one has
 };
 
 /// The support point along a unit direction; each is a depth that would part the two.
@@ -94,6 +122,7 @@ SupportPoint Expansion::Probe(const Vec3& unit) {
     if (height < m_best) {
         m_best = height;
         m_bestAxis = unit;
+        m_bestLocal = -1;
     }
     return p;
 }
@@ -182,14 +211,11 @@ std::optional<DepthResult> Expansion::MakeTetrahedron() {
 /// Of four points of which the last lies below the first three. False if a face has no area.
 bool Expansion::AddTetrahedron(const SupportPoint* corners) {
     for (int i = 0; i < 4; ++i)
-        AddPoint(corners[i]);
+        AddPoint(corners[i], {});
     static constexpr std::int32_t kCorners[4][3] = {{0, 1, 2}, {0, 3, 1}, {1, 3, 2}, {2, 3, 0}};
     for (const auto& c : kCorners) {
         if (!AddFace(c[0], c[1], c[2])) {
-            m_space.points.clear();
-            m_space.rimOf.clear();
-            m_space.faces.clear();
-            m_space.heap.clear();
+            m_space.Clear();
             return false;
         }
     }
@@ -200,8 +226,9 @@ bool Expansion::AddTetrahedron(const SupportPoint* corners) {
     return true;
 }
 
-std::int32_t Expansion::AddPoint(const SupportPoint& point) {
+std::int32_t Expansion::AddPoint(const SupportPoint& point, const Vec3& direction) {
     m_space.points.push_back(point);
+    m_space.directions.push_back(direction);
     m_space.rimOf.push_back(-1);
     return static_cast<std::int32_t>(m_space.points.size()) - 1;
 }
@@ -218,9 +245,15 @@ bool Expansion::AddFace(std::int32_t i, std::int32_t j, std::int32_t k) {
         return false;
     const Vec3 unit = normal * (1 / std::sqrt(squared));
     // The mean over the corners balances the rounding.
-    const double offset = Dot(p, unit) + (Dot(pq, unit) + Dot(pr, unit)) * (1.0 / 3);
-    const auto index = static_cast<std::int32_t>(m_space.faces.size());
-    m_space.faces.push_back({{i, j, k}, {-1, -1, -1}, {-1, -1, -1}, true, unit, offset});
+    const double offset = Dot(p, unit) + Dot(pq + pr, unit) * (1.0 / 3);
+    const auto index = static_cast<std::int32_t>(m_space.faceCount);
+    Face& face = m_space.NewFace();
+    face.vertex[0] = i;
+    face.vertex[1] = j;
+    face.vertex[2] = k;
+    face.alive = true;
+    face.normal = unit;
+    face.offset = offset;
     // A face above the best depth so far bounds nothing any more.
     if (offset < m_best) {
         m_space.heap.push_back({offset, index});
@@ -290,10 +323,9 @@ bool Expansion::CollectRim(std::int32_t face, std::int32_t apex) {
 }
 
 /// Adds a point above `face`. False, and nothing changed, when rounding stands in the way.
-bool Expansion::Expand(std::int32_t face, const SupportPoint& point) {
-    auto& faces = m_space.faces;
-    const auto before = static_cast<std::int32_t>(faces.size());
-    const std::int32_t apex = AddPoint(point);
+bool Expansion::Expand(std::int32_t face, const SupportPoint& point, const Vec3& direction) {
+    const auto before = static_cast<std::int32_t>(m_space.faceCount);
+    const std::int32_t apex = AddPoint(point, direction);
     bool good = CollectRim(face, apex);
     for (std::size_t i = 0; good && i < m_space.rim.size(); ++i) {
         const FaceEdge& edge = m_space.rim[i];
@@ -303,7 +335,7 @@ bool Expansion::Expand(std::int32_t face, const SupportPoint& point) {
     if (!good) {
         for (const std::int32_t seen : m_space.visible)
             FaceAt(seen).alive = true;
-        faces.erase(faces.begin() + before, faces.end());
+        m_space.faceCount = static_cast<std::size_t>(before);
         std::erase_if(m_space.heap, [&](const Candidate& c) { return c.face >= before; });
         std::make_heap(m_space.heap.begin(), m_space.heap.end());
         // The number is not used again: it marks vertices of the rim.
@@ -320,12 +352,15 @@ bool Expansion::Expand(std::int32_t face, const SupportPoint& point) {
 /// The result along an axis whose support plane has that height. The points come from where the
 /// axis leaves the hull, which is as high but for what is left open.
 DepthResult Expansion::Finish(const Vec3& axis, double height) {
+    if (m_bestLocal >= 0)
+        return m_space.locals[m_bestLocal].deep;
     DepthResult result;
     result.depth = std::max(height, 0.0);
     result.axis = axis;
     const Face* leaving = nullptr;
     double exit = Aabb::kInfinity;
-    for (const Face& face : m_space.faces) {
+    for (std::size_t i = 0; i < m_space.faceCount; ++i) {
+        const Face& face = m_space.faces[i];
         if (!face.alive)
             continue;
         const double along = Dot(face.normal, axis);
@@ -366,33 +401,138 @@ DepthResult Expansion::Finish(const Vec3& axis, double height) {
     return result;
 }
 
+void Expansion::Take(const LocalDepth& local) {
+    if (m_localCount == kMaxLocalDepths)
+        return;
+    m_space.locals[m_localCount] = local;
+    if (local.deep.depth <= m_best) {
+        m_best = local.deep.depth;
+        m_bestAxis = local.deep.axis;
+        m_bestLocal = m_localCount;
+    }
+    ++m_localCount;
+}
+
+/// Looks for the local depth near a face's normal, and makes its points vertices.
+void Expansion::Refine(std::int32_t face, const Vec3& normal, double offset, double height) {
+    if (m_refined == kMaxLocalDepths || height > (1 + kRefineAbove) * m_best ||
+        height - offset > kRefineBelow * height)
+        return;
+    for (int i = 0; i < m_localCount; ++i) {
+        if (Dot(normal, m_space.locals[i].deep.axis) > kSameLocal)
+            return;
+    }
+    ++m_refined;
+    Vec3 families[3];
+    int count = 0;
+    for (const std::int32_t vertex : FaceAt(face).vertex) {
+        const Vec3& direction = m_space.directions[static_cast<std::size_t>(vertex)];
+        if (!(direction == Vec3{}))
+            families[count++] = direction;
+    }
+    LocalDepth local;
+    if (!RefineDepth(m_a, m_b, normal, families, count, local))
+        return;
+    // Another piece of the border may reach further.
+    const SupportPoint point = SupportDifference(m_a, m_b, local.deep.axis);
+    if (Dot(point.w, local.deep.axis) > local.deep.depth + kDepthFloor * m_scale)
+        return;
+    Take(local);
+    for (int i = 0; i < local.count; ++i)
+        Insert(local.points[i], local.deep.axis);
+}
+
+/// Makes a point a vertex if it lies outside the hull.
+void Expansion::Insert(const SupportPoint& point, const Vec3& direction) {
+    for (auto face = static_cast<std::int32_t>(m_space.faceCount) - 1; face >= 0; --face) {
+        const Face& f = FaceAt(face);
+        if (f.alive && Dot(f.normal, point.w) - f.offset > kDepthFloor * m_scale) {
+            Expand(face, point, direction);
+            return;
+        }
+    }
+}
+
+/// Whether a cone about a local depth holds all better directions that belong to a face. Those in
+/// which a vertex is the furthest of the hull are a spherical polygon; its corners are the normals
+/// of the faces about the vertex. Those of them with a height of at least `open` are a disc. What
+/// is left of the polygon lies in the hull of its low corners and of the points where the sides
+/// between a low and a high one reach that height: so only these are looked at, and only those next
+/// to the face, for others have low corners of their own.
+bool Expansion::IsWithin(std::int32_t face, const LocalDepth& local, double open) {
+    const double cosine = 1 / std::sqrt(1 + local.tangent * local.tangent);
+    const Vec3& axis = local.deep.axis;
+    if (!(Dot(FaceAt(face).normal, axis) >= cosine))
+        return false;
+    for (int corner = 0; corner < 3; ++corner) {
+        for (const bool forth : {true, false}) {
+            FaceEdge low{face, forth ? corner : Before(corner)};
+            for (;;) {
+                const Face& current = FaceAt(low.face);
+                const FaceEdge beyond{current.neighbour[low.edge], current.edge[low.edge]};
+                const Face& next = FaceAt(beyond.face);
+                if (next.offset >= open) {
+                    const double part = (open - current.offset) / (next.offset - current.offset);
+                    const Vec3 end = current.normal + (next.normal - current.normal) * part;
+                    if (!(Dot(end, axis) >= cosine * Length(end)))
+                        return false;
+                    break;
+                }
+                if (beyond.face == face)
+                    break;
+                if (!(Dot(next.normal, axis) >= cosine))
+                    return false;
+                low = {beyond.face, forth ? Following(beyond.edge) : Before(beyond.edge)};
+            }
+        }
+    }
+    return true;
+}
+
+/// Whether a local depth tells that no direction that belongs to a face is better.
+bool Expansion::IsSettled(std::int32_t face, double open) {
+    for (int i = 0; i < m_localCount; ++i) {
+        if (IsWithin(face, m_space.locals[i], open))
+            return true;
+    }
+    return false;
+}
+
 DepthResult Expansion::Run(const Simplex* start) {
     if (start == nullptr || !StartFrom(*start)) {
         if (const auto flat = MakeTetrahedron())
             return *flat;
+    }
+    if (m_curved) {
+        LocalDepth ends[4];
+        const int count = FindEndDepths(m_a, m_b, ends);
+        for (int i = 0; i < count; ++i)
+            Take(ends[i]);
     }
     auto& heap = m_space.heap;
     for (int step = 0; step < kMaxDepthSteps && !heap.empty();) {
         const Candidate candidate = heap.front();
         std::pop_heap(heap.begin(), heap.end());
         heap.pop_back();
-        const Face& face = FaceAt(candidate.face);
-        if (!face.alive)
+        if (!FaceAt(candidate.face).alive)
             continue;
         ++step;
+        const Vec3 normal = FaceAt(candidate.face).normal;
+        const double offset = candidate.offset;
         const double enough = kDepthGap * m_best + kDepthFloor * m_scale;
-        if (face.offset >= m_best - enough)
+        if (offset >= m_best - enough)
             break;  // no direction can do better than the best one so far
-        const Vec3 normal = face.normal;
-        const double offset = face.offset;
+        if (IsSettled(candidate.face, m_best - enough))
+            continue;
         const SupportPoint point = Probe(normal);
         const double height = Dot(point.w, normal);
         if (height - offset <= kDepthGap * height + kDepthFloor * m_scale) {
             if (height <= m_best + enough)
-                return Finish(normal, height);
+                return m_bestLocal < 0 ? Finish(normal, height) : Finish(m_bestAxis, m_best);
             continue;
         }
-        Expand(candidate.face, point);
+        if (Expand(candidate.face, point, normal) && m_curved)
+            Refine(candidate.face, normal, offset, height);
     }
     return Finish(m_bestAxis, m_best);
 }

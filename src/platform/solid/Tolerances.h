@@ -36,6 +36,32 @@ inline constexpr double kDepthFloor = 1e-13;
 /// another.
 inline constexpr double kFootOutside = 1e-9;
 
+/// Sine of an angle. A direction nearer to the axis of a round end has no certain support point.
+inline constexpr double kPole = 1e-6;
+
+/// Unit: depth. A curvature of the height less than this tells no minimum from a plateau.
+inline constexpr double kLeastCurvature = 1e-6;
+
+/// Radians. Newton's method on directions ends after a step that was shorter, its error being
+/// about the square of that; a longer step than the second leaves where the method means anything.
+inline constexpr double kRefined = 1e-6;
+inline constexpr double kLongestStep = 0.7;
+inline constexpr int kMaxRefinements = 8;
+
+/// Tangents of angles. Cones about a local depth in which no direction is better are sought between
+/// these: a narrower one spares an expansion nothing.
+inline constexpr double kWidestTangent = 1;
+inline constexpr double kNarrowestTangent = 0.03;
+
+/// Unit: height. An expansion refines a direction when its face is no further below the support
+/// plane, and no further above the best depth, than these; and not more often than that.
+inline constexpr double kRefineBelow = 0.2;
+inline constexpr double kRefineAbove = 0.02;
+inline constexpr int kMaxLocalDepths = 8;
+
+/// Cosine. Faces nearer to a local depth than this are taken to lead to the same one.
+inline constexpr double kSameLocal = 0.95;
+
 /// Unit: cube of the longest edge. A simplex of the contact test with less volume is no start for
 /// an expansion: its faces would be rounding.
 inline constexpr double kStartVolume = 1e-6;

@@ -1,0 +1,33 @@
+#pragma once
+
+/// Local depths of curved bodies to full precision, each with a cone of directions in which no
+/// depth is less: they spare an expansion the many small faces that it would need there.
+
+#include "platform/solid/Epa.h"
+
+namespace solid {
+
+/// A direction in which the height of the difference body is least among all near it.
+struct LocalDepth {
+    DepthResult deep;
+    /// Tangent of the angle about the axis within which no direction has a lower height.
+    double tangent = 0;
+    /// Points of the support plane; the difference of the points of `deep` lies between them.
+    SupportPoint points[3];
+    int count = 0;
+};
+
+/// True for a core that is no polytope.
+bool IsCurved(const Core& core);
+
+/// Refines a direction near a local depth. `families` are directions whose support points lie on
+/// the pieces of the bodies that are to touch there, at most three; double ones may be among them.
+/// False if there is no such depth, or the iteration does not find it.
+bool RefineDepth(const Core& a, const Core& b, const Vec3& start, const Vec3* families, int count,
+                 LocalDepth& local);
+
+/// The depths across the flat ends of cylinders and cones, where the point under the origin lies
+/// within the end. At most four; gives their number.
+int FindEndDepths(const Core& a, const Core& b, LocalDepth* locals);
+
+}  // namespace solid
