@@ -219,6 +219,7 @@ GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question, Simplex* la
     double squared = LengthSquared(v);
     double scale = std::max(MaxNorm(v), MaxNorm(simplex.points[0].a - a.centre));
     LowerBound lower;
+    int stalls = 0;
     const auto isApart = [&](double along, double lengthSquared) {
         return along > 0 && along * along > Square(radius + kTouch * scale) * lengthSquared;
     };
@@ -252,9 +253,12 @@ GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question, Simplex* la
             result.coresTouch = true;
             break;
         }
-        if (!(nearest.squared < squared)) {
+        // Near contact a step may turn v by more than rounding and yet shorten it by less.
+        const double noise = kDistanceFloor * scale * std::sqrt(squared);
+        const bool shorter = nearest.squared < squared;
+        if (!shorter && (!(nearest.squared < squared + noise) || ++stalls > kMaxStalls)) {
             --simplex.count;
-            break;  // rounding: no better point will be found
+            break;  // no better point will be found
         }
         Reduce(simplex, nearest);
         v = nearest.point;
@@ -275,6 +279,10 @@ GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question, Simplex* la
     } else {
         result.distance = distance;
         result.axis = v * (1 / distance);
+        // The weights are rounding where the simplex is thin: the points shall be v apart.
+        const Vec3 off = (v - (result.a - result.b)) * 0.5;
+        result.a += off;
+        result.b -= off;
     }
     return result;
 }

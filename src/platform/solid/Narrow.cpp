@@ -24,10 +24,17 @@ PointPair ToWorld(PointPair pair, const Vec3& reference, bool swap) {
     return pair;
 }
 
+/// From the middle of a to that of b. The origins of placements are floats, so that their
+/// difference is exact also far from the origin of the world.
+Vec3 Apart(const Placed& a, const Placed& b) {
+    const Vec3 origins = b.placement.origin - a.placement.origin;
+    return origins +
+           (b.placement.linear * b.shape->Centre() - a.placement.linear * a.shape->Centre());
+}
+
 /// Where the middle of b stands as seen from that of a, and what their balls tell.
 struct Balls {
-    Balls(const Placed& a, const Placed& b, const Vec3& centreOfA)
-        : apart(WorldCentre(b) - centreOfA) {
+    Balls(const Placed& a, const Placed& b) : apart(Apart(a, b)) {
         const double squared = LengthSquared(apart);
         inner = static_cast<double>(a.traits.inner) + static_cast<double>(b.traits.inner);
         const double outer =
@@ -49,7 +56,7 @@ struct Balls {
 
 bool InContact(const Placed& a, const Placed& b) {
     const Vec3 reference = WorldCentre(a);
-    const Balls balls(a, b, reference);
+    const Balls balls(a, b);
     if (balls.touch || balls.miss)
         return balls.touch;
     if (!IsMesh(a) && !IsMesh(b))
@@ -61,7 +68,7 @@ bool InContact(const Placed& a, const Placed& b) {
 
 PointPair ClosestPoints(const Placed& a, const Placed& b) {
     const Vec3 reference = WorldCentre(a);
-    const Balls balls(a, b, reference);
+    const Balls balls(a, b);
     if (balls.touch) {
         const Vec3 common = reference + balls.Common(a);
         return {common, common, 0};
@@ -78,7 +85,7 @@ PointPair ClosestPoints(const Placed& a, const Placed& b) {
 
 bool Penetration(const Placed& a, const Placed& b, PointPair& result) {
     const Vec3 reference = WorldCentre(a);
-    const Balls balls(a, b, reference);
+    const Balls balls(a, b);
     if (balls.miss)
         return false;
     PointPair pair;

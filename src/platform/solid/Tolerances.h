@@ -7,13 +7,14 @@
 namespace solid {
 
 /// Unit: scale of the pair. Two cores that come this near are in contact. It covers the rounding of
-/// the last step of an iteration in double precision (a few hundred units in the last place); a
-/// smaller value lets exactly touching turned shapes count as apart, a larger one is seen by users.
-inline constexpr double kTouch = 1e-13;
+/// the last step of an iteration in double precision (a few thousand units in the last place, where
+/// bodies are thin); a smaller value lets exactly touching turned shapes, and thin ones within each
+/// other, count as apart, a larger one is seen by users.
+inline constexpr double kTouch = 1e-12;
 
 /// Relative, to the coordinates of a box or to its size. Boxes are grown by this, so that they hide
 /// no contact that kTouch lets count; must be several times kTouch.
-inline constexpr double kBoxSlack = 1e-12;
+inline constexpr double kBoxSlack = 1e-11;
 
 /// Unit: the distance found. The iteration for the distance ends when the certified lower bound and
 /// the distance of the points found differ by less. The distance is returned as a float (6e-8), so
@@ -135,6 +136,7 @@ inline constexpr double kComfortableSize = 1e20;
 /// Bounds on the number of steps. When one is hit the best certified answer is returned: the
 /// distance of points that do lie on the shapes, a depth that does part them.
 inline constexpr int kMaxDistanceSteps = 256;
+inline constexpr int kMaxStalls = 16;
 inline constexpr int kMaxDepthSteps = 1024;
 
 }  // namespace solid
