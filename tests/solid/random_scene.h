@@ -66,11 +66,16 @@ inline Matrix RandomPlacement(Random& random, float range) {
 }
 
 inline DT_ShapeHandle RandomShape(Random& random) {
-    switch (random.Below(4)) {
+    switch (random.Below(5)) {
         case 0:
             return DT_NewSphere(random.In(0.1f, 1));
         case 1:
             return DT_NewCylinder(random.In(0.1f, 0.5f), random.In(0.1f, 2));
+        case 2: {
+            const float source[3] = {random.In(-3, 3), random.In(-3, 3), random.In(-3, 3)};
+            const float target[3] = {random.In(-3, 3), random.In(-3, 3), random.In(-3, 3)};
+            return DT_NewLineSegment(source, target);
+        }
         default:
             return DT_NewBox(random.In(0.1f, 2), random.In(0.1f, 2), random.In(0.1f, 2));
     }

@@ -263,6 +263,35 @@ TEST_F(SceneTest, AddingAResponseAgainReplacesItsClient) {
     EXPECT_EQ(Test(), 0u);
 }
 
+TEST_F(SceneTest, ATestOfOnePairOfListsAnswersAsIfItHadBeenEntered) {
+    Random random(5);
+    for (int i = 0; i < 200; ++i) {
+        AddBody(std::make_unique<Body>(RandomShape(random)), i % kClasses,
+                RandomPlacement(random, 4));
+    }
+    std::size_t found = 0;
+    for (int round = 0; round < 50; ++round) {
+        const std::vector<int> classes1 = RandomClasses(random, kClasses);
+        const std::vector<int> classes2 = RandomClasses(random, kClasses);
+        Client client{&m_recorder};
+        m_recorder.calls.clear();
+        const std::uint16_t count =
+            DT_TestPairs(m_scene.get(), m_table.get(), classes1.data(), classes1.size(),
+                         classes2.data(), classes2.size(), Record, DT_SIMPLE_RESPONSE, &client);
+        std::vector<Recorder::Call> calls = m_recorder.calls;
+        EXPECT_EQ(count, calls.size());
+        EXPECT_EQ(Test(), 0u);  // nothing has been entered
+        const void* const entered = AddRule(classes1, classes2);
+        for (auto& call : calls) {
+            std::get<0>(call) = entered;
+        }
+        EXPECT_TRUE(calls == BruteForce());
+        found += calls.size();
+        RemoveRule(0);
+    }
+    EXPECT_GT(found, 500u);
+}
+
 TEST_F(SceneTest, ManySingleResponsesComeAndGo) {
     constexpr int kMany = 300;
     for (int i = 0; i < kMany; ++i) {

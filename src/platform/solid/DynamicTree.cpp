@@ -1,7 +1,6 @@
 #include "platform/solid/DynamicTree.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <new>
 #include <utility>
@@ -12,7 +11,6 @@ namespace solid {
 
 namespace {
 
-constexpr float kFloatMax = std::numeric_limits<float>::max();
 /// Deeper than this, a build halves by number: the depth of a built tree stays below this and 32.
 constexpr unsigned kMaxCostSplits = 48;
 /// An insertion that ends deeper than any built tree makes a part of the tree balanced.
@@ -20,198 +18,11 @@ constexpr unsigned kMaxDescent = 96;
 /// The part that is balanced is the smallest around the new leaf that is higher by this than 1.5
 /// times the logarithm of its items.
 constexpr double kUnbalanced = 8;
-constexpr int kBins = 16;
-
-/// The largest float of finite value that is not above `d`, and -kFloatMax for what is below all;
-/// without a branch, which would be foretold wrongly every other time.
-float RoundDown(double d) {
-    constexpr double kMost = static_cast<double>(kFloatMax);
-    const double inRange = d > -kMost ? std::min(d, kMost) : -kMost;  // NaN becomes -kMost
-    const float f = static_cast<float>(inRange);
-    const std::uint32_t above = static_cast<double>(f) > inRange ? 1 : 0;
-    // What lies below 0 becomes at most -0, so that the sign bit tells which way is down.
-    auto bits = std::bit_cast<std::uint32_t>(f);
-    bits += (bits >> 31) != 0 ? above : 0 - above;
-    return std::bit_cast<float>(bits);
-}
-
-float RoundUp(double d) {
-    return -RoundDown(-d);
-}
-
-double Edge(const FloatBox& b, int axis) {
-    return static_cast<double>(b.upper[axis]) - static_cast<double>(b.lower[axis]);
-}
-
-/// A ten-thousandth of the longest edge: what boxes are made larger by before they are measured, so
-/// that flat ones and points still differ.
-double PadFor(const FloatBox& b) {
-    double longest = 0;
-    for (int i = 0; i < 3; ++i) {
-        longest = std::max(longest, Edge(b, i));
-    }
-    return longest * 1e-4;
-}
-
-/// How likely a query is to meet a box: half its surface. (J. Goldsmith, J. Salmon, "Automatic
-/// Creation of Object Hierarchies for Ray Tracing", 1987.)
-double Measure(const FloatBox& b, double pad) {
-    const double x = Edge(b, 0) + pad;
-    const double y = Edge(b, 1) + pad;
-    const double z = Edge(b, 2) + pad;
-    return x * y + y * z + z * x;
-}
-
-/// A quarter of the sum of two bounds: differences of such middles do not overflow.
-float Middle(const FloatBox& box, int axis) {
-    return 0.25f * box.lower[axis] + 0.25f * box.upper[axis];
-}
-
-/// Items whose middles lie in one interval.
-struct Bin {
-    FloatBox box;
-    std::uint32_t count = 0;
-
-    void Include(const FloatBox& b, std::uint32_t n) {
-        box = count == 0 ? b : Union(box, b);
-        count += n;
-    }
-    double Cost(double pad) const { return Measure(box, pad) * count; }
-};
-
-/// Maps middles along one axis to bins.
-struct Binning {
-    int BinOf(const FloatBox& box) const {
-        return std::min(count - 1, static_cast<int>((Middle(box, axis) - lowest) * scale));
-    }
-
-    int axis;
-    int count;
-    float lowest;
-    float scale;
-};
-
-using Item = DynamicTree::Item;
-
-struct Range {
-    Item* first;
-    Item* last;
-    FloatBox box;
-};
-
-/// Cuts between the two bins where the parts are cheapest. (I. Wald, "On fast Construction of
-/// SAH-based Bounding Volume Hierarchies", 2007.)
-void CutCheapest(const Range& all, const Binning& binning, double pad, Range& left, Range& right) {
-    Bin bins[kBins];
-    for (const Item* i = all.first; i != all.last; ++i) {
-        bins[binning.BinOf(i->box)].Include(i->box, 1);
-    }
-    // The lowest and the highest middle are in the first and the last bin, so no part is empty.
-    Bin above[kBins];
-    above[binning.count - 1] = bins[binning.count - 1];
-    for (int i = binning.count - 1; i-- > 1;) {
-        above[i] = above[i + 1];
-        if (bins[i].count > 0) {
-            above[i].Include(bins[i].box, bins[i].count);
-        }
-    }
-    double best = std::numeric_limits<double>::infinity();
-    int cut = 1;
-    Bin below;
-    for (int i = 1; i < binning.count; ++i) {
-        if (bins[i - 1].count == 0) {
-            continue;
-        }
-        below.Include(bins[i - 1].box, bins[i - 1].count);
-        const double cost = below.Cost(pad) + above[i].Cost(pad);
-        if (cost < best) {
-            best = cost;
-            cut = i;
-            left.box = below.box;
-        }
-    }
-    right.box = above[cut].box;
-    left.first = all.first;
-    right.last = all.last;
-    left.last = right.first = std::partition(
-        all.first, all.last, [&](const Item& i) { return binning.BinOf(i.box) < cut; });
-}
-
-FloatBox BoxOf(const Item* first, const Item* last) {
-    FloatBox box = first->box;
-    while (++first != last) {
-        box = Union(box, first->box);
-    }
-    return box;
-}
-
-/// Two parts of the same number of items, in the order of the middles along `axis` when `sort`.
-void Halve(const Range& all, int axis, bool sort, Range& left, Range& right) {
-    Item* const half = all.first + (all.last - all.first) / 2;
-    if (sort) {
-        std::nth_element(all.first, half, all.last, [axis](const Item& a, const Item& b) {
-            return std::pair(Middle(a.box, axis), a.id) < std::pair(Middle(b.box, axis), b.id);
-        });
-    }
-    left = {all.first, half, BoxOf(all.first, half)};
-    right = {half, all.last, BoxOf(half, all.last)};
-}
-
-/// Divides at least two items into two parts, neither of them empty.
-void Divide(const Range& all, bool balanced, double pad, Range& left, Range& right) {
-    const std::ptrdiff_t count = all.last - all.first;
-    if (count == 2) {
-        Halve(all, 0, false, left, right);
-        return;
-    }
-    float lowest[3], highest[3];
-    for (int a = 0; a < 3; ++a) {
-        lowest[a] = highest[a] = Middle(all.first->box, a);
-    }
-    for (const Item* i = all.first + 1; i != all.last; ++i) {
-        for (int a = 0; a < 3; ++a) {
-            const float m = Middle(i->box, a);
-            lowest[a] = std::min(lowest[a], m);
-            highest[a] = std::max(highest[a], m);
-        }
-    }
-    int axis = 0;
-    for (int a = 1; a < 3; ++a) {
-        axis = highest[a] - lowest[a] > highest[axis] - lowest[axis] ? a : axis;
-    }
-    const int bins = count <= 8 ? 4 : count <= 64 ? 8 : kBins;
-    const float scale = static_cast<float>(bins) / (highest[axis] - lowest[axis]);
-    const bool distinct = scale <= kFloatMax;
-    if (balanced || !distinct) {
-        Halve(all, axis, distinct, left, right);
-    } else {
-        CutCheapest(all, {axis, bins, lowest[axis], scale}, pad, left, right);
-    }
-}
 
 }  // namespace
 
-FloatBox FloatBox::Around(const Aabb& box) {
-    return {{RoundDown(box.lower.x), RoundDown(box.lower.y), RoundDown(box.lower.z)},
-            {RoundUp(box.upper.x), RoundUp(box.upper.y), RoundUp(box.upper.z)}};
-}
-
-FloatBox FloatBox::Grown(float fraction) const {
-    float longest = 0;
-    for (int i = 0; i < 3; ++i) {
-        longest = std::max(longest, upper[i] - lower[i]);
-    }
-    const float by = longest * fraction;
-    FloatBox grown;
-    for (int i = 0; i < 3; ++i) {
-        grown.lower[i] = std::max(lower[i] - by, -kFloatMax);
-        grown.upper[i] = std::min(upper[i] + by, kFloatMax);
-    }
-    return grown;
-}
-
-void DynamicTree::Reserve(std::size_t ids) {
-    GrowCapacity(m_pairs, ids);
+void DynamicTree::Reserve(std::size_t ids, std::size_t count) {
+    GrowCapacity(m_pairs, count);
     GrowCapacity(m_leafOf, ids);
     if (m_leafOf.size() < ids) {
         m_leafOf.resize(ids, kNone);
@@ -275,7 +86,6 @@ DynamicTree::Position DynamicTree::FindSibling(std::uint32_t id, const FloatBox&
 }
 
 void DynamicTree::Insert(std::uint32_t id, const FloatBox& box) noexcept {
-    m_ordered = false;
     ++m_changes;
     Node leaf;
     leaf.box = box;
@@ -305,7 +115,6 @@ void DynamicTree::Insert(std::uint32_t id, const FloatBox& box) noexcept {
 }
 
 void DynamicTree::Remove(std::uint32_t id) noexcept {
-    m_ordered = false;
     ++m_changes;
     const std::uint32_t n = std::exchange(m_leafOf[id], kNone);
     if (--m_count == 0) {
@@ -330,38 +139,44 @@ void DynamicTree::Remove(std::uint32_t id) noexcept {
     }
 }
 
-void DynamicTree::Build(std::vector<Item>& items) noexcept {
+void DynamicTree::Clear() noexcept {
     std::fill(m_leafOf.begin(), m_leafOf.end(), kNone);
     m_pairs.clear();
-    m_count = items.size();
+    m_count = 0;
     m_changes = 0;
     m_freePair = kNone;
-    m_ordered = true;
-    if (!items.empty()) {
+}
+
+void DynamicTree::Build() {
+    if (m_count > 0) {
+        std::vector<TreeItem> items;
+        items.reserve(m_count);
+        Collect(0, items);
+        m_pairs.clear();
+        m_freePair = kNone;
         m_pairs.emplace_back();
         BuildBelow(0, items, 0);
     }
-    m_builtCost = InnerCost();
+    m_changes = 0;
 }
 
-void DynamicTree::BuildBelow(std::uint32_t top, std::vector<Item>& items,
+void DynamicTree::BuildBelow(std::uint32_t top, std::vector<TreeItem>& items,
                              unsigned depthOfTop) noexcept {
     struct Task {
-        Range range;
+        ItemRange range;
         std::uint32_t node;
         unsigned depth;
     };
     // One waiting task for each level at most.
     std::array<Task, kMaxCostSplits + 34> tasks;
     std::size_t waiting = 0;
-    Item* const end = items.data() + items.size();
-    tasks[waiting++] = {{items.data(), end, BoxOf(items.data(), end)}, top, depthOfTop};
+    tasks[waiting++] = {RangeOf(items.data(), items.data() + items.size()), top, depthOfTop};
     const double pad = PadFor(tasks[0].range.box);
     while (waiting > 0) {
         const Task task = tasks[--waiting];
         Node& node = At(task.node);
         node.box = task.range.box;
-        if (task.range.last - task.range.first == 1) {
+        if (task.range.Count() == 1) {
             node.link = task.range.first->id | kLeaf;
             m_leafOf[task.range.first->id] = task.node;
             continue;
@@ -369,7 +184,11 @@ void DynamicTree::BuildBelow(std::uint32_t top, std::vector<Item>& items,
         const std::uint32_t pair = NewPair();
         Task left{{}, 2 * pair, task.depth + 1};
         Task right{{}, 2 * pair + 1, task.depth + 1};
-        Divide(task.range, task.depth >= kMaxCostSplits, pad, left.range, right.range);
+        if (task.depth >= kMaxCostSplits) {
+            SplitInHalves(task.range, left.range, right.range);
+        } else {
+            SplitCheapest(task.range, pad, left.range, right.range);
+        }
         At(task.node).link = pair;
         At(left.node).parent = At(right.node).parent = task.node;
         tasks[waiting++] = right;
@@ -377,7 +196,7 @@ void DynamicTree::BuildBelow(std::uint32_t top, std::vector<Item>& items,
     }
 }
 
-void DynamicTree::Collect(std::uint32_t top, std::vector<Item>& items) const {
+void DynamicTree::Collect(std::uint32_t top, std::vector<TreeItem>& items) const {
     Stack stack;
     for (std::uint32_t n = top;;) {
         const Node& node = At(n);
@@ -386,7 +205,7 @@ void DynamicTree::Collect(std::uint32_t top, std::vector<Item>& items) const {
             n = 2 * node.link;
             continue;
         }
-        items.push_back({node.box, node.Id()});
+        items.push_back({node.box, node.Id(), 0});
         if (stack.IsEmpty()) {
             return;
         }
@@ -395,7 +214,7 @@ void DynamicTree::Collect(std::uint32_t top, std::vector<Item>& items) const {
 }
 
 void DynamicTree::Balance(std::uint32_t leaf) {
-    std::vector<Item> items;
+    std::vector<TreeItem> items;
     Collect(leaf, items);
     double height = 0;
     for (std::uint32_t n = leaf; n != 0;) {
@@ -421,17 +240,6 @@ void DynamicTree::Balance(std::uint32_t leaf) {
         BuildBelow(n, items, kMaxCostSplits);
         return;
     }
-}
-
-double DynamicTree::InnerCost() const {
-    double cost = 0;
-    const double pad = m_count > 0 ? PadFor(At(0).box) : 0;
-    for (const Pair& pair : m_pairs) {
-        for (const Node& node : pair.nodes) {
-            cost += node.IsLeaf() ? 0 : Measure(node.box, pad);
-        }
-    }
-    return cost;
 }
 
 }  // namespace solid

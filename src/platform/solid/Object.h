@@ -58,6 +58,13 @@ class Object {
     /// Both must take part.
     static bool InContact(const Object& a, const Object& b);
 
+    /// Has its memory fetched, for one of the calls below soon.
+    void Prefetch() const {
+#if defined(__GNUC__)
+        __builtin_prefetch(this);
+        __builtin_prefetch(reinterpret_cast<const char*>(this) + 64);
+#endif
+    }
     /// The class in `table`, -1 for none.
     int ClassIn(const RespTable& table) const {
         return m_first.table == &table ? m_first.responseClass : ClassInMore(table);

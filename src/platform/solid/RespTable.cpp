@@ -1,7 +1,6 @@
 #include "platform/solid/RespTable.h"
 
 #include <algorithm>
-#include <tuple>
 #include <utility>
 
 #include "platform/solid/Growth.h"
@@ -16,16 +15,19 @@ namespace {
 constexpr std::size_t kToleratedPending = 8;
 constexpr std::size_t kSpareResponses = 4;
 
-/// D. Knuth's multiplicative hashing, over whole lists.
+/// D. Knuth's multiplicative hashing.
 std::uint64_t Mix(std::uint64_t hash, std::uint64_t value) {
     hash = (hash ^ value) * 0x9e3779b97f4a7c15u;
     return hash ^ (hash >> 32);
 }
 
+/// Of its length and ends: lists that are entered at the same time hardly differ between them
+/// alone.
 std::uint64_t HashList(std::uint64_t hash, const int* list, std::size_t count) {
     hash = Mix(hash, count);
-    for (std::size_t i = 0; i < count; ++i) {
-        hash = Mix(hash, static_cast<std::uint32_t>(list[i]));
+    if (count > 0) {
+        hash = Mix(hash, static_cast<std::uint32_t>(list[0]));
+        hash = Mix(hash, static_cast<std::uint32_t>(list[count - 1]));
     }
     return hash;
 }
@@ -179,15 +181,17 @@ void RespTable::RemoveResponse(const int* classes1, std::size_t count1, const in
     }
 }
 
-std::size_t RespTable::CountObjects(const std::vector<int>& classes) const {
-    std::size_t count = 0;
-    for (const int c : classes) {
-        count += IsClass(c) ? m_classes[static_cast<std::size_t>(c)].objects.size() : 0;
+std::size_t RespTable::CountObjects(const int* classes, std::size_t count) const {
+    std::size_t objects = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const int c = classes[i];
+        objects += IsClass(c) ? m_classes[static_cast<std::size_t>(c)].objects.size() : 0;
     }
-    return count;
+    return objects;
 }
 
-void RespTable::MarkSides(const std::vector<int>& asking, const std::vector<int>& asked) {
+void RespTable::MarkSides(const int* asking, std::size_t askingCount, const int* asked,
+                          std::size_t askedCount) {
     if (++m_stamp == 0) {
         for (Class& c : m_classes) {
             c.asking = c.asked = 0;
@@ -195,111 +199,139 @@ void RespTable::MarkSides(const std::vector<int>& asking, const std::vector<int>
         m_stamp = 1;
     }
     m_asking.clear();
-    for (const int index : asking) {
-        if (IsClass(index)) {
-            Class& c = m_classes[static_cast<std::size_t>(index)];
+    for (std::size_t i = 0; i < askingCount; ++i) {
+        if (IsClass(asking[i])) {
+            Class& c = m_classes[static_cast<std::size_t>(asking[i])];
             if (c.asking != m_stamp && !c.objects.empty()) {
                 m_asking.push_back(&c);
             }
             c.asking = m_stamp;
         }
     }
-    for (const int index : asked) {
-        if (IsClass(index)) {
-            m_classes[static_cast<std::size_t>(index)].asked = m_stamp;
+    for (std::size_t i = 0; i < askedCount; ++i) {
+        if (IsClass(asked[i])) {
+            m_classes[static_cast<std::size_t>(asked[i])].asked = m_stamp;
         }
     }
 }
 
-void RespTable::Collect(const Response& response, Scene& scene,
-                        std::vector<Candidate>& candidates) {
-    const std::size_t count1 = CountObjects(response.classes1);
-    const std::size_t count2 = CountObjects(response.classes2);
-    if (count1 == 0 || count2 == 0) {
+void RespTable::Collect(const Sides& sides, const Response& response, Scene& scene,
+                        Workspace& workspace) {
+    const std::size_t objects1 = CountObjects(sides.classes1, sides.count1);
+    const std::size_t objects2 = CountObjects(sides.classes2, sides.count2);
+    if (objects1 == 0 || objects2 == 0) {
         return;
     }
-    if (count1 <= count2) {
-        MarkSides(response.classes1, response.classes2);
+    if (objects1 <= objects2) {
+        MarkSides(sides.classes1, sides.count1, sides.classes2, sides.count2);
     } else {
-        MarkSides(response.classes2, response.classes1);
+        MarkSides(sides.classes2, sides.count2, sides.classes1, sides.count1);
     }
-    const auto classOf = [this](const Object& object) -> const Class* {
-        const int index = object.ClassIn(*this);
-        return index < 0 ? nullptr : &m_classes[static_cast<std::size_t>(index)];
-    };
     scene.Update(
         [&](const Object& object) {
-            const Class* const c = classOf(object);
+            const Class* const c = ClassOf(object);
             return c != nullptr && c->asked == m_stamp;
         },
-        2 * std::min(count1, count2) + kToleratedPending);
-
+        2 * std::min(objects1, objects2) + kToleratedPending);
     for (const Class* own : m_asking) {
-        const bool isAsked = own->asked == m_stamp;
         for (const Object* const object : own->objects) {
-            const std::uint32_t slot = Scene::SlotOf(*object);
-            const FloatBox* const box = scene.Has(*object) ? scene.Box(slot) : nullptr;
-            if (box == nullptr) {
-                continue;
+            if (scene.Has(*object)) {
+                CollectOf(*object, own->asked == m_stamp, response, scene, workspace);
             }
-            const std::uint64_t number = object->Number();
-            scene.Query(*box, [&](std::uint32_t otherSlot) {
-                const Object& other = *scene.At(otherSlot);
-                const Class* const c = classOf(other);
-                if (c == nullptr || c->asked != m_stamp || otherSlot == slot) {
-                    return;
-                }
-                const std::uint64_t otherNumber = other.Number();
-                if (number < otherNumber) {
-                    candidates.push_back({number, otherNumber, slot, otherSlot, &response});
-                } else if (!isAsked || c->asking != m_stamp) {
-                    // Else the other one asks too, and finds the pair.
-                    candidates.push_back({otherNumber, number, otherSlot, slot, &response});
-                }
-            });
         }
     }
 }
 
-std::uint32_t RespTable::Report(const Scene& scene, const std::vector<Candidate>& candidates) {
+void RespTable::CollectOf(const Object& object, bool isAsked, const Response& response,
+                          Scene& scene, Workspace& workspace) {
+    QueryVolume volume;
+    if (!scene.VolumeOf(object, volume)) {
+        return;
+    }
+    // In two rounds, so that the memory of many objects is waited for at the same time.
+    workspace.found.clear();
+    scene.Query(volume, [&workspace](const Object& found) {
+        found.Prefetch();
+        workspace.found.push_back(&found);
+    });
+    const std::uint64_t number = object.Number();
+    for (const Object* const other : workspace.found) {
+        const Class* const c = ClassOf(*other);
+        if (c == nullptr || c->asked != m_stamp || other == &object) {
+            continue;
+        }
+        const std::uint64_t otherNumber = other->Number();
+        if (number < otherNumber) {
+            workspace.candidates.push_back({number, otherNumber, &object, other, &response});
+        } else if (!isAsked || c->asking != m_stamp) {
+            // Else the other one asks too, and finds the pair.
+            workspace.candidates.push_back({otherNumber, number, other, &object, &response});
+        }
+    }
+}
+
+std::uint16_t RespTable::Report(Workspace& workspace) {
+    workspace.order.clear();
+    for (const Candidate& candidate : workspace.candidates) {
+        workspace.order.push_back({candidate.number1, candidate.number2, workspace.order.size()});
+    }
+    SortByKey(workspace.order, workspace.spare);
     std::uint32_t calls = 0;
     const Candidate* last = nullptr;
     bool inContact = false;
-    for (const Candidate& candidate : candidates) {
-        const bool samePair = last != nullptr && last->number1 == candidate.number1 &&
-                              last->number2 == candidate.number2;
+    for (const SortKey& key : workspace.order) {
+        const Candidate& candidate = workspace.candidates[key.index];
+        const bool samePair = last != nullptr && last->object1 == candidate.object1 &&
+                              last->object2 == candidate.object2;
         last = &candidate;
-        const Object& object1 = *scene.At(candidate.slot1);
-        const Object& object2 = *scene.At(candidate.slot2);
         if (!samePair) {
-            inContact = Object::InContact(object1, object2);
+            inContact = Object::InContact(*candidate.object1, *candidate.object2);
         }
         if (inContact) {
             ++calls;
             const Response& response = *candidate.response;
-            if (response.callback(response.client, object1.Client(), object2.Client(), nullptr) ==
-                DT_DONE) {
+            if (response.callback(response.client, candidate.object1->Client(),
+                                  candidate.object2->Client(), nullptr) == DT_DONE) {
                 break;
             }
         }
     }
+    return static_cast<std::uint16_t>(calls);
+}
+
+template <class CollectAll>
+std::uint16_t RespTable::Run(CollectAll&& collect) {
+    // Taken out for the time of the test: a callback may ask this table about another scene.
+    std::unique_ptr<Workspace> workspace = std::move(m_workspace);
+    if (workspace == nullptr) {
+        workspace = std::make_unique<Workspace>();
+    }
+    workspace->candidates.clear();
+    collect(*workspace);
+    const std::uint16_t calls = Report(*workspace);
+    m_workspace = std::move(workspace);
     return calls;
 }
 
 std::uint16_t RespTable::Test(Scene& scene) {
-    // Taken out for the time of the test: a callback may ask this table about another scene.
-    std::vector<Candidate> candidates = std::exchange(m_candidates, {});
-    candidates.clear();
-    for (const Response& response : m_responses) {
-        Collect(response, scene, candidates);
-    }
-    std::sort(candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
-        return std::tie(a.number1, a.number2, a.response->number) <
-               std::tie(b.number1, b.number2, b.response->number);
+    return Run([&](Workspace& workspace) {
+        for (const Response& response : m_responses) {
+            const Sides sides{response.classes1.data(), response.classes1.size(),
+                              response.classes2.data(), response.classes2.size()};
+            Collect(sides, response, scene, workspace);
+        }
     });
-    const std::uint32_t calls = Report(scene, candidates);
-    m_candidates = std::move(candidates);
-    return static_cast<std::uint16_t>(calls);
+}
+
+std::uint16_t RespTable::TestBetween(Scene& scene, const int* classes1, std::size_t count1,
+                                     const int* classes2, std::size_t count2,
+                                     DT_ResponseCallback callback, void* client) {
+    Response response;
+    response.callback = callback;
+    response.client = client;
+    return Run([&](Workspace& workspace) {
+        Collect({classes1, count1, classes2, count2}, response, scene, workspace);
+    });
 }
 
 }  // namespace solid

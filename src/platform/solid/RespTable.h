@@ -5,10 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <memory>
 #include <vector>
 
 #include "platform/solid/Object.h"
 #include "platform/solid/Solid.h"
+#include "platform/solid/SortKeys.h"
 
 namespace solid {
 
@@ -46,6 +48,10 @@ class RespTable {
     /// smaller side and the pairs found cost. Callbacks must change neither the scene nor the
     /// table. May throw std::bad_alloc. Returns the number of callbacks made, modulo 65536.
     std::uint16_t Test(Scene& scene);
+    /// The same for one response alone that is not in the table, as AddResponse takes it.
+    std::uint16_t TestBetween(Scene& scene, const int* classes1, std::size_t count1,
+                              const int* classes2, std::size_t count2, DT_ResponseCallback callback,
+                              void* client);
 
   private:
     struct Class {
@@ -66,11 +72,28 @@ class RespTable {
         Response* next = nullptr;  ///< in the same bucket
         std::list<Response>::iterator self;
     };
-    /// A pair whose boxes overlap.
+    /// The classes of the two sides of a response.
+    struct Sides {
+        const int* classes1;
+        std::size_t count1;
+        const int* classes2;
+        std::size_t count2;
+    };
+    /// A pair whose boxes overlap. Those of one response stand behind those of the responses
+    /// before.
     struct Candidate {
         std::uint64_t number1, number2;  ///< of the objects, ascending
-        std::uint32_t slot1, slot2;
+        const Object* object1;
+        const Object* object2;
         const Response* response;
+    };
+
+    /// What a test works with, kept from one to the next for its memory.
+    struct Workspace {
+        std::vector<const Object*> found;  ///< by the last query of a tree
+        std::vector<Candidate> candidates;
+        std::vector<SortKey> order;
+        std::vector<SortKey> spare;
     };
 
     bool IsClass(int c) const { return c >= 0 && static_cast<std::size_t>(c) < m_classes.size(); }
@@ -79,11 +102,23 @@ class RespTable {
     void GrowBuckets();
     /// Takes the object out of the list of its class.
     void Leave(const Membership& membership) noexcept;
+    /// Null for none.
+    const Class* ClassOf(const Object& object) const {
+        const int index = object.ClassIn(*this);
+        return index < 0 ? nullptr : &m_classes[static_cast<std::size_t>(index)];
+    }
     /// Sets the stamps and m_asking.
-    void MarkSides(const std::vector<int>& asking, const std::vector<int>& asked);
-    std::size_t CountObjects(const std::vector<int>& classes) const;
-    void Collect(const Response& response, Scene& scene, std::vector<Candidate>& candidates);
-    static std::uint32_t Report(const Scene& scene, const std::vector<Candidate>& candidates);
+    void MarkSides(const int* asking, std::size_t askingCount, const int* asked,
+                   std::size_t askedCount);
+    std::size_t CountObjects(const int* classes, std::size_t count) const;
+    void Collect(const Sides& sides, const Response& response, Scene& scene, Workspace& workspace);
+    void CollectOf(const Object& object, bool isAsked, const Response& response, Scene& scene,
+                   Workspace& workspace);
+    /// Calls `collect(workspace)` for the candidates, then the responses.
+    template <class CollectAll>
+    std::uint16_t Run(CollectAll&& collect);
+    /// Returns the number of calls.
+    static std::uint16_t Report(Workspace& workspace);
 
     std::vector<Class> m_classes;
     std::vector<int> m_freeClasses;   ///< has room for all classes
@@ -92,8 +127,8 @@ class RespTable {
     std::vector<Response*> m_buckets;
     std::uint64_t m_nextNumber = 0;
     std::uint32_t m_stamp = 0;
-    std::vector<const Class*> m_asking;   ///< classes with objects, each once
-    std::vector<Candidate> m_candidates;  ///< of the last test, kept for its memory
+    std::vector<const Class*> m_asking;  ///< classes with objects, each once
+    std::unique_ptr<Workspace> m_workspace;
 };
 
 }  // namespace solid

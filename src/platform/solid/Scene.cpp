@@ -5,18 +5,21 @@
 #include <utility>
 
 #include "platform/solid/Growth.h"
+#include "platform/solid/Tolerances.h"
 
 namespace solid {
 
 namespace {
 
-/// A moved object gets a box larger by this share of its size on all sides, so that small further
-/// moves change nothing in the tree. More saves changes and costs queries.
+/// An object that moves gets a box larger by this share of its size on all sides, so that small
+/// further moves change nothing in the tree. More saves changes and costs queries.
 constexpr float kFattening = 0.1f;
-/// With more than one object in so many to be put elsewhere in the tree, and more than the least
-/// number, the whole tree is treated at once. Estimates: neither changes an answer.
+/// With more than one object in so many to be put elsewhere, or among those that move one by one,
+/// and more than the least number, everything is put right at once.
 constexpr std::size_t kBulkShare = 6;
 constexpr std::size_t kBulkLeast = 16;
+/// After so many queries for each object, the time that a close build takes has paid for itself.
+constexpr std::uint64_t kQueriesToPay = 4;
 /// A scene with fewer objects than one in so many of its places, and more places than the least
 /// number, gives memory back. The share is well below that of growing, so that it pays for itself.
 constexpr std::size_t kShrinkShare = 16;
@@ -36,11 +39,11 @@ void Scene::Add(Object& object) {
     if (object.m_scene == this) {
         return;
     }
-    // All room is made here: neither moving an object nor putting the tree right by single changes
-    // allocates.
+    // Moving an object allocates nothing: all room for it is made here.
     GrowCapacity(m_entries, m_count + 1);
     GrowCapacity(m_pending, m_count + 1);
-    m_tree.Reserve(m_count + 1);
+    m_resting.Reserve(m_count + 1);
+    m_moving.Reserve(m_count + 1, 0);
     if (object.m_scene != nullptr) {
         object.m_scene->Remove(object);
     }
@@ -65,9 +68,7 @@ void Scene::Remove(Object& object) noexcept {
     }
     const std::uint32_t slot = object.m_slot;
     object.m_scene = nullptr;
-    if (m_tree.Has(slot)) {
-        m_tree.Remove(slot);
-    }
+    RemoveFromTrees(slot);
     Unpend(slot);
     m_entries[slot].object = nullptr;
     m_entries[slot].pending = m_free;
@@ -82,15 +83,16 @@ void Scene::Shrink() noexcept {
     try {
         std::vector<Entry> entries;
         std::vector<std::uint32_t> pending;
-        DynamicTree tree;
+        WideTree resting;
+        DynamicTree moving;
         entries.reserve(m_count);
         pending.reserve(m_count);
-        tree.Reserve(m_count);
+        resting.Reserve(m_count);
+        moving.Reserve(m_count, 0);
         for (const Entry& entry : m_entries) {
             if (entry.object != nullptr) {
                 const auto slot = static_cast<std::uint32_t>(entries.size());
-                entries.emplace_back().object = entry.object;
-                entries.back().pending = slot;
+                entries.push_back({entry.object, slot, true});
                 pending.push_back(slot);
             }
         }
@@ -99,10 +101,20 @@ void Scene::Shrink() noexcept {
         }
         m_entries.swap(entries);
         m_pending.swap(pending);
-        m_tree = std::move(tree);
+        m_resting = std::move(resting);
+        m_moving = std::move(moving);
         m_free = kNone;
     } catch (const std::bad_alloc&) {
         // It stays as large as it is.
+    }
+}
+
+void Scene::RemoveFromTrees(std::uint32_t slot) noexcept {
+    if (m_resting.Has(slot)) {
+        m_resting.Remove(slot);
+    }
+    if (m_moving.Has(slot)) {
+        m_moving.Remove(slot);
     }
 }
 
@@ -115,23 +127,36 @@ void Scene::Unpend(std::uint32_t slot) noexcept {
     }
 }
 
-void Scene::Refresh(Entry& entry) noexcept {
-    entry.takesPart = entry.object->TakesPart();
-    if (entry.takesPart) {
-        entry.box = FloatBox::Around(entry.object->WorldBox());
+bool Scene::BoxOf(const Object& object, FloatBox& box) const {
+    if (!object.TakesPart()) {
+        return false;
     }
-    entry.stale = false;
+    box = FloatBox::Around(object.WorldBox());
+    return true;
+}
+
+bool Scene::VolumeOf(const Object& object, QueryVolume& volume) const {
+    const std::uint32_t slot = object.m_slot;
+    volume.slanted = false;
+    if (m_entries[slot].pending == kNone && m_resting.Has(slot)) {
+        volume.box = m_resting.Box(slot);
+    } else if (!BoxOf(object, volume.box)) {
+        return false;
+    } else if (const Placed placed = object.GetPlaced();
+               placed.shape->Kind() == ShapeKind::kSegment) {
+        const Vec3 half = placed.placement.linear * placed.shape->Half();
+        const double slack = kBoxSlack * (MaxNorm(half) + placed.margin);
+        volume.Narrow(placed.placement * placed.shape->Centre(), half, placed.margin + slack);
+    }
+    return true;
 }
 
 void Scene::Settle(std::size_t first) noexcept {
     for (std::size_t i = m_pending.size(); i-- > first;) {
         const std::uint32_t slot = m_pending[i];
-        const FloatBox* const box = Box(slot);
-        const bool has = m_tree.Has(slot);
-        if (box == nullptr && has) {
-            m_tree.Remove(slot);
-        }
-        if (box == nullptr || (has && m_tree.Box(slot).Contains(*box))) {
+        FloatBox box;
+        if (m_moving.Has(slot) && BoxOf(*m_entries[slot].object, box) &&
+            m_moving.Box(slot).Contains(box)) {
             Unpend(slot);
         }
     }
@@ -140,41 +165,74 @@ void Scene::Settle(std::size_t first) noexcept {
 void Scene::UpdateFrom(std::size_t first) {
     Settle(first);
     const std::size_t changes = m_pending.size() - first;
-    if (changes > kBulkLeast && changes * kBulkShare > m_tree.Count()) {
+    const std::size_t moving = changes + m_moving.Count();
+    if (changes > 0 && moving > kBulkLeast && moving * kBulkShare > m_count) {
         UpdateAtOnce();
-        return;
+    } else {
+        UpdateOneByOne(first);
     }
+}
+
+void Scene::UpdateOneByOne(std::size_t first) {
+    m_moving.Reserve(0, m_moving.Count() + m_pending.size() - first);
     while (m_pending.size() > first) {
         const std::uint32_t slot = m_pending.back();
-        const FloatBox& box = m_entries[slot].box;
-        if (m_tree.Has(slot)) {
-            m_tree.Remove(slot);
-            m_tree.Insert(slot, box.Grown(kFattening));
-        } else {
-            m_tree.Insert(slot, box);
+        const bool known = m_resting.Has(slot) || m_moving.Has(slot);
+        RemoveFromTrees(slot);
+        FloatBox box;
+        if (BoxOf(*m_entries[slot].object, box)) {
+            m_moving.Insert(slot, known && m_entries[slot].moved ? box.Grown(kFattening) : box);
         }
         Unpend(slot);
     }
-    if (m_tree.WantsBuild()) {
-        UpdateAtOnce();
+    if (m_moving.WantsBuild()) {
+        m_moving.Build();
     }
 }
 
 void Scene::UpdateAtOnce() {
-    Settle(0);
-    const bool sameItems = std::all_of(m_pending.begin(), m_pending.end(),
-                                       [this](std::uint32_t slot) { return m_tree.Has(slot); });
-    const auto boxOf = [this](std::uint32_t slot) { return m_entries[slot].box; };
-    if (!m_tree.CanRefit() || !sameItems || !m_tree.Refit(boxOf)) {
-        std::vector<DynamicTree::Item> items;
-        items.reserve(m_count);
-        for (std::uint32_t slot = 0; slot < m_entries.size(); ++slot) {
-            if (m_entries[slot].object != nullptr && m_entries[slot].takesPart) {
-                items.push_back({m_entries[slot].box, slot});
-            }
+    for (std::size_t i = m_pending.size(); i-- > 0;) {
+        const std::uint32_t slot = m_pending[i];
+        FloatBox box;
+        if (!BoxOf(*m_entries[slot].object, box)) {
+            RemoveFromTrees(slot);
+            Unpend(slot);
+        } else if (m_resting.Has(slot)) {
+            m_resting.SetBox(slot, box);
+            Unpend(slot);
         }
-        m_tree.Build(items);
     }
+    m_resting.Refit();
+    if (!m_pending.empty() || m_moving.Count() > 0 || m_resting.IsWorn() || WantsBuild()) {
+        Build();
+    }
+}
+
+bool Scene::WantsBuild() const {
+    const bool paid = m_queries >= kQueriesToPay * m_resting.Count();
+    return (m_built == WideTree::How::kFast && paid) ||
+           m_resting.Count() < m_resting.BuiltCount() / 2;
+}
+
+void Scene::Build() {
+    std::vector<TreeItem> items;
+    items.reserve(m_count);
+    m_resting.Collect(items);
+    for (std::uint32_t slot = 0; slot < m_entries.size(); ++slot) {
+        const Object* const object = m_entries[slot].object;
+        TreeItem item;
+        if (object != nullptr && !m_resting.Has(slot) && BoxOf(*object, item.box)) {
+            item.id = slot;
+            items.push_back(item);
+        }
+    }
+    // Objects that were all put elsewhere soon after a build will be so again.
+    const bool first = m_resting.BuiltCount() == 0;
+    const bool soon = m_queries < kQueriesToPay * m_resting.Count();
+    m_built = soon && !first ? WideTree::How::kFast : WideTree::How::kClosely;
+    m_resting.Build(items, m_built);
+    m_queries = 0;
+    m_moving.Clear();
     for (const std::uint32_t slot : m_pending) {
         m_entries[slot].pending = kNone;
     }

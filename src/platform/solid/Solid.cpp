@@ -267,6 +267,13 @@ std::uint16_t DT_Test(DT_SceneHandle scene, DT_RespTableHandle table) {
     return table->Test(*scene);
 }
 
+std::uint16_t DT_TestPairs(DT_SceneHandle scene, DT_RespTableHandle table,
+                           const DT_ResponseClass* classes1, std::size_t count1,
+                           const DT_ResponseClass* classes2, std::size_t count2,
+                           DT_ResponseCallback callback, DT_ResponseType, void* client) {
+    return table->TestBetween(*scene, classes1, count1, classes2, count2, callback, client);
+}
+
 // ---- Two objects -------------------------------------------------------------------------------
 
 bool DT_InContact(DT_ObjectHandle object1, DT_ObjectHandle object2) {

@@ -123,6 +123,13 @@ void DT_RemovePairResponses(DT_RespTableHandle table, const DT_ResponseClass* cl
 /// Returns the number of callbacks made, modulo 65536.
 std::uint16_t DT_Test(DT_SceneHandle scene, DT_RespTableHandle table);
 
+/// The same for one response alone, as DT_AddPairResponses takes it, that is not entered into the
+/// table; the responses in the table are not looked at.
+std::uint16_t DT_TestPairs(DT_SceneHandle scene, DT_RespTableHandle table,
+                           const DT_ResponseClass* classes1, std::size_t count1,
+                           const DT_ResponseClass* classes2, std::size_t count2,
+                           DT_ResponseCallback callback, DT_ResponseType type, void* client);
+
 // ---- Two objects -------------------------------------------------------------------------------
 
 /// Whether two objects are in contact; false when a placement is not finite or a shape is empty.
