@@ -7,6 +7,7 @@
 #include "platform/solid/ConvexPair.h"
 #include "platform/solid/Epa.h"
 #include "platform/solid/Gjk.h"
+#include "platform/solid/HullDepth.h"
 #include "platform/solid/PointCases.h"
 #include "platform/solid/Tolerances.h"
 
@@ -143,6 +144,20 @@ bool BoxPenetration(const Core& a, const Core& b, PointPair& result) {
     return true;
 }
 
+// ---- Triangles and tetrahedra: the depth in closed form ----------------------------------------
+
+template <BoxAnswer (*Find)(const Core&, const Core&, DepthResult&)>
+bool HullPenetration(const Core& a, const Core& b, PointPair& result) {
+    DepthResult deep;
+    const BoxAnswer cores = Find(a, b, deep);
+    if (cores == BoxAnswer::kApart && a.radius + b.radius == 0)
+        return false;
+    if (cores != BoxAnswer::kTouch)
+        return GjkPenetration(a, b, result);
+    result = Deep(a, b, deep.a, deep.b, deep.axis, deep.depth);
+    return true;
+}
+
 // ---- The table ---------------------------------------------------------------------------------
 
 struct Method {
@@ -153,6 +168,8 @@ struct Method {
 
 constexpr Method kIteration{GjkContact, GjkClosest, GjkPenetration};
 constexpr Method kBoxes{BoxContact, BoxClosest, BoxPenetration};
+constexpr Method kHulls{GjkContact, GjkClosest, HullPenetration<FindHullDepth>};
+constexpr Method kBoxHull{GjkContact, GjkClosest, HullPenetration<FindBoxHullDepth>};
 template <PlaceFunction Place>
 constexpr Method kPoint{PointContact<Place>, PointClosest<Place>, PointPenetration<Place>};
 
@@ -170,11 +187,11 @@ constexpr Entry kTable[kCoreKindCount][kCoreKindCount] = {
     // point                  segment                  box                        cylinder                        cone                        ellipsoid  hull
     {{kPoint<PlaceAtPoint>}, {kPoint<PlaceAtSegment>}, {kPoint<PlaceAtBox>, true}, {kPoint<PlaceAtCylinder>, true}, {kPoint<PlaceAtCone>, true}, kAny,     kAny},   // point
     {{},                     kAny,                     kAny,                      kAny,                           kAny,                       kAny,      kAny},   // segment
-    {{},                     {},                       {kBoxes},                  kAny,                           kAny,                       kAny,      kAny},   // box
+    {{},                     {},                       {kBoxes},                  kAny,                           kAny,                       kAny,      {kBoxHull}}, // box
     {{},                     {},                       {},                        kAny,                           kAny,                       kAny,      kAny},   // cylinder
     {{},                     {},                       {},                        {},                             kAny,                       kAny,      kAny},   // cone
     {{},                     {},                       {},                        {},                             {},                         kAny,      kAny},   // ellipsoid
-    {{},                     {},                       {},                        {},                             {},                         {},        kAny},   // hull
+    {{},                     {},                       {},                        {},                             {},                         {},        {kHulls}}, // hull
 };
 // clang-format on
 

@@ -90,10 +90,14 @@ inline constexpr double kTripleRounding = 1e-14;
 /// left out costs as much (1e-8 of the size) as the rounding of one that is not.
 inline constexpr double kBoxParallel = 1e-16;
 
-/// Unit: size of both boxes and of their distance. The search for the depth tells contact where the
-/// boxes are further from just touching; nearer, the test for contact is asked. Must be well above
-/// what a left out face costs; a larger value sends more pairs through both.
+/// Unit: size of both bodies and of their distance. A search in closed form for the depth tells
+/// contact where the boxes are further from just touching; nearer, the test for contact is asked.
+/// Must be well above what a left out face costs; a larger value sends more pairs through both.
 inline constexpr double kBoxUnsure = 1e-6;
+
+/// Unit: cube (triangles: square) of the longest edge. Tetrahedra with less volume, and triangles
+/// with less area, have normals too rough for a closed form.
+inline constexpr double kHullVolume = 1e-6;
 
 /// Sine of an angle. Edges of boxes nearer to a plane are taken to lie in it when the points that
 /// have a depth are chosen: a turned box in floats is not more parallel to another than that, and
