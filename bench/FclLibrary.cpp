@@ -238,7 +238,9 @@ class FclLibrary : public Library {
     }
     void MarkMoved(const Placed& placed) {
         placed.object->computeAABB();
-        placed.group->moved.push_back(placed.object.get());
+        if (placed.group->added.empty()) {
+            placed.group->moved.push_back(placed.object.get());
+        }
     }
     /// Few moved objects are put in their new places one by one; many, and the whole tree is
     /// refitted.
