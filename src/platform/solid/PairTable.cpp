@@ -9,6 +9,7 @@
 #include "platform/solid/Gjk.h"
 #include "platform/solid/HullDepth.h"
 #include "platform/solid/PointCases.h"
+#include "platform/solid/RoundCases.h"
 #include "platform/solid/Tolerances.h"
 
 namespace solid {
@@ -113,6 +114,40 @@ bool PointPenetration(const Core& a, const Core& b, PointPair& result) {
     return true;
 }
 
+// ---- Cylinders and cones, in closed form where their axes are parallel --------------------------
+
+bool RoundTouch(const Core& a, const Core& b, const RoundPlace& place) {
+    const double size = std::max(MaxNorm(place.a - a.centre), MaxNorm(place.b - b.centre));
+    return place.distance <= a.radius + b.radius + TouchSlack(a, b) + kTouch * size;
+}
+
+bool RoundContact(const Core& a, const Core& b) {
+    RoundPlace place;
+    return PlaceRound(a, b, place) ? RoundTouch(a, b, place) : GjkContact(a, b);
+}
+
+PointPair RoundClosest(const Core& a, const Core& b) {
+    RoundPlace place;
+    if (!PlaceRound(a, b, place))
+        return GjkClosest(a, b);
+    if (!RoundTouch(a, b, place))
+        return Apart(a, b, place.a, place.b, place.normal, place.distance);
+    if (place.distance > 0)
+        return Common(a, b, place.a, place.b, place.distance);
+    const GjkResult gjk = RunGjk(a, b, GjkQuestion::kCores);
+    return Common(a, b, gjk.a, gjk.b, gjk.distance);
+}
+
+bool RoundPenetration(const Core& a, const Core& b, PointPair& result) {
+    RoundPlace place;
+    if (!PlaceRound(a, b, place))
+        return GjkPenetration(a, b, result);
+    if (!RoundTouch(a, b, place))
+        return false;
+    result = Deep(a, b, place.a, place.b, -place.normal, -place.distance);
+    return true;
+}
+
 // ---- Box against box by separating axes --------------------------------------------------------
 
 bool BoxContact(const Core& a, const Core& b) {
@@ -170,6 +205,7 @@ constexpr Method kIteration{GjkContact, GjkClosest, GjkPenetration};
 constexpr Method kBoxes{BoxContact, BoxClosest, BoxPenetration};
 constexpr Method kHulls{GjkContact, GjkClosest, HullPenetration<FindHullDepth>};
 constexpr Method kBoxHull{GjkContact, GjkClosest, HullPenetration<FindBoxHullDepth>};
+constexpr Method kRounds{RoundContact, RoundClosest, RoundPenetration};
 template <PlaceFunction Place>
 constexpr Method kPoint{PointContact<Place>, PointClosest<Place>, PointPenetration<Place>};
 
@@ -188,8 +224,8 @@ constexpr Entry kTable[kCoreKindCount][kCoreKindCount] = {
     {{kPoint<PlaceAtPoint>}, {kPoint<PlaceAtSegment>}, {kPoint<PlaceAtBox>, true}, {kPoint<PlaceAtCylinder>, true}, {kPoint<PlaceAtCone>, true}, kAny,     kAny},   // point
     {{},                     kAny,                     kAny,                      kAny,                           kAny,                       kAny,      kAny},   // segment
     {{},                     {},                       {kBoxes},                  kAny,                           kAny,                       kAny,      {kBoxHull}}, // box
-    {{},                     {},                       {},                        kAny,                           kAny,                       kAny,      kAny},   // cylinder
-    {{},                     {},                       {},                        {},                             kAny,                       kAny,      kAny},   // cone
+    {{},                     {},                       {},                        {kRounds},                      {kRounds},                  kAny,      kAny},   // cylinder
+    {{},                     {},                       {},                        {},                             {kRounds},                  kAny,      kAny},   // cone
     {{},                     {},                       {},                        {},                             {},                         kAny,      kAny},   // ellipsoid
     {{},                     {},                       {},                        {},                             {},                         {},        {kHulls}}, // hull
 };
