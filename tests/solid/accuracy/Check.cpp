@@ -39,10 +39,6 @@ std::string Tally::Text() const {
 
 namespace {
 
-Vec3 Widened(const Point& p) {
-    return {static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2])};
-}
-
 class PairCheck {
   public:
     PairCheck(const Pair& pair, const Answers& answers, Tally& tally)
@@ -82,8 +78,8 @@ class PairCheck {
         Report(Fault::kMoved, std::fabs(d1 - d2),
                bar::kDistance * d1 + bar::kDistanceOfSize * m_size,
                "another distance before a motion of both");
-        const double depth1 = DepthOf(before) * scale;
-        const double depth2 = DepthOf(m_answers);
+        const double depth1 = before.Depth() * scale;
+        const double depth2 = m_answers.Depth();
         const double allowed = (IsRound() ? bar::kDepthRound : bar::kDepth) * depth1;
         Report(Fault::kMoved, std::fabs(depth1 - depth2),
                allowed + bar::kDepthOfSize * m_size + m_writing,
@@ -91,9 +87,6 @@ class PairCheck {
     }
 
   private:
-    static double DepthOf(const Answers& answers) {
-        return answers.hasDepth ? Length(Widened(answers.depth2) - Widened(answers.depth1)) : 0;
-    }
     bool IsRound() const {
         const auto round = [](const Convex& c) {
             return c.set == Convex::Set::kCylinder || c.set == Convex::Set::kCone;
@@ -145,7 +138,7 @@ class PairCheck {
         double deepest = 0;
         for (const Convex& p : m_a) {
             for (const Convex& q : m_b) {
-                deepest = std::max(deepest, oracle::DepthOf(p, q).value);
+                deepest = std::max(deepest, DepthOf(p, q).value);
             }
         }
         return deepest > bar::kTouching * m_size;
@@ -162,8 +155,8 @@ class PairCheck {
         if (!m_answers.contact || m_truth.upper > bar::kTouching * m_size) {
             Report(Fault::kDistance, error, allowed, "wrong distance");
         }
-        const Vec3 p1 = Widened(m_answers.point1);
-        const Vec3 p2 = Widened(m_answers.point2);
+        const Vec3 p1 = Widened(m_answers.point1.data());
+        const Vec3 p2 = Widened(m_answers.point2.data());
         const double off = std::max(DistanceOfPoint(p1, m_a), DistanceOfPoint(p2, m_b));
         Report(Fault::kPoints, off, bar::kPoint * m_size + m_writing,
                "a closest point is off its shape");
@@ -179,8 +172,8 @@ class PairCheck {
 
     void Depths() {
         ++m_tally.depths;
-        const Vec3 end1 = Widened(m_answers.depth1);
-        const Vec3 end2 = Widened(m_answers.depth2);
+        const Vec3 end1 = Widened(m_answers.depth1.data());
+        const Vec3 end2 = Widened(m_answers.depth2.data());
         const Vec3 move = end2 - end1;
         const double got = Length(move);
         const double floor = bar::kDepthOfSize * m_size + m_writing;
@@ -195,7 +188,7 @@ class PairCheck {
                     DistanceOf(p, q).lower > bar::kTouching * m_size) {
                     continue;
                 }
-                const Depth depth = oracle::DepthOf(p, q, move);
+                const Depth depth = DepthOf(p, q, move);
                 deepest = std::max(deepest, depth.value);
                 remaining = std::min(remaining, Remaining(p, q, depth, move, floor));
             }
@@ -223,7 +216,7 @@ class PairCheck {
         if (remaining > floor) {
             Convex moved = p;
             moved.centre += move;
-            remaining = std::min(remaining, oracle::DepthOf(moved, q).value);
+            remaining = std::min(remaining, DepthOf(moved, q).value);
             // No search finds the narrow least of thin shapes that only touch; this does.
             const Distance d = DistanceOf(moved, q);
             remaining = std::min(remaining, d.inside * (p.Radius() + q.Radius()));

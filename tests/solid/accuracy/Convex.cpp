@@ -9,10 +9,6 @@ namespace oracle {
 
 namespace {
 
-Vec3 Widened(const float* p) {
-    return {static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2])};
-}
-
 double Positive(float size) {
     return size > 0 ? static_cast<double>(size) : 0.0;
 }

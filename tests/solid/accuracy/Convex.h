@@ -12,6 +12,10 @@ namespace oracle {
 
 using solid::Vec3;
 
+inline Vec3 Widened(const float* p) {
+    return {static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2])};
+}
+
 struct Convex {
     enum class Set {
         kHull,      ///< of `vertices`

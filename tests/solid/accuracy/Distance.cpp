@@ -114,15 +114,11 @@ class Parameters {
         switch (m_set) {
             case Convex::Set::kHull:
                 return static_cast<Real>(m_u.size());
-            case Convex::Set::kBox:
-                return 6;
-            case Convex::Set::kBall:
-                return 1;
-            case Convex::Set::kCylinder:
             case Convex::Set::kCone:
-                break;
+                return 3;
+            default:
+                return static_cast<Real>(Balls().size());
         }
-        return 3;
     }
 
     /// J H^-1 J^T; `jhg` = J H^-1 g.
@@ -222,116 +218,91 @@ class Parameters {
     Real Slack() const { return Slack(m_u); }
 
   private:
-    /// Least distance to a bound, in units of the parameters.
-    Real Slack(const std::vector<Real>& u) const {
-        switch (m_set) {
-            case Convex::Set::kHull:
-                return *std::min_element(u.begin(), u.end());
-            case Convex::Set::kBox:
-                return 1 - std::max({std::fabs(u[0]), std::fabs(u[1]), std::fabs(u[2])});
-            case Convex::Set::kBall:
-                return (1 - (u[0] * u[0] + u[1] * u[1] + u[2] * u[2])) / 2;
-            case Convex::Set::kCylinder:
-                return std::min((1 - u[0] * u[0] - u[2] * u[2]) / 2, 1 - std::fabs(u[1]));
-            case Convex::Set::kCone:
-                break;
-        }
-        return std::min(u[1] - std::sqrt(u[0] * u[0] + u[2] * u[2]), 1 - u[1]);
+    /// The parameters that together stay in a unit ball.
+    using Ball = std::vector<std::size_t>;
+    const std::vector<Ball>& Balls() const {
+        static const std::vector<Ball> kBox = {{0}, {1}, {2}};
+        static const std::vector<Ball> kBall = {{0, 1, 2}};
+        static const std::vector<Ball> kCylinder = {{0, 2}, {1}};
+        return m_set == Convex::Set::kBox ? kBox : m_set == Convex::Set::kBall ? kBall : kCylinder;
     }
-
-    void Gradient(const std::vector<Real>& u, std::vector<Real>& g) const {
-        switch (m_set) {
-            case Convex::Set::kHull:
-                for (std::size_t i = 0; i < u.size(); ++i) {
-                    g[i] = -1 / u[i];
-                }
-                break;
-            case Convex::Set::kBox:
-                for (std::size_t i = 0; i < 3; ++i) {
-                    g[i] = 2 * u[i] / ((1 - u[i]) * (1 + u[i]));
-                }
-                break;
-            case Convex::Set::kBall: {
-                const Real q = 1 - (u[0] * u[0] + u[1] * u[1] + u[2] * u[2]);
-                for (std::size_t i = 0; i < 3; ++i) {
-                    g[i] = 2 * u[i] / q;
-                }
-                break;
-            }
-            case Convex::Set::kCylinder: {
-                const Real q = 1 - u[0] * u[0] - u[2] * u[2];
-                g[0] = 2 * u[0] / q;
-                g[1] = 2 * u[1] / ((1 - u[1]) * (1 + u[1]));
-                g[2] = 2 * u[2] / q;
-                break;
-            }
-            case Convex::Set::kCone: {
-                const Real q = ConeSlack(u);
-                g[0] = 2 * u[0] / q;
-                g[1] = -2 * u[1] / q + 1 / (1 - u[1]);
-                g[2] = 2 * u[2] / q;
-                break;
-            }
+    static Real Square(const std::vector<Real>& u, const Ball& ball) {
+        Real square = 0;
+        for (const std::size_t i : ball) {
+            square += u[i] * u[i];
         }
+        return square;
     }
-
     static Real ConeSlack(const std::vector<Real>& u) {
         const Real r = std::sqrt(u[0] * u[0] + u[2] * u[2]);
         return (u[1] - r) * (u[1] + r);
     }
 
+    /// Least distance to a bound, in units of the parameters.
+    Real Slack(const std::vector<Real>& u) const {
+        if (m_set == Convex::Set::kHull) {
+            return *std::min_element(u.begin(), u.end());
+        }
+        if (m_set == Convex::Set::kCone) {
+            return std::min(u[1] - std::sqrt(u[0] * u[0] + u[2] * u[2]), 1 - u[1]);
+        }
+        Real slack = 1;
+        for (const Ball& ball : Balls()) {
+            slack = std::min(slack, (1 - Square(u, ball)) / 2);
+        }
+        return slack;
+    }
+
+    void Gradient(const std::vector<Real>& u, std::vector<Real>& g) const {
+        if (m_set == Convex::Set::kHull) {
+            for (std::size_t i = 0; i < u.size(); ++i) {
+                g[i] = -1 / u[i];
+            }
+        } else if (m_set == Convex::Set::kCone) {
+            const Real q = ConeSlack(u);
+            g[0] = 2 * u[0] / q;
+            g[1] = -2 * u[1] / q + 1 / (1 - u[1]);
+            g[2] = 2 * u[2] / q;
+        } else {
+            for (const Ball& ball : Balls()) {
+                const Real q = 1 - Square(u, ball);
+                for (const std::size_t i : ball) {
+                    g[i] = 2 * u[i] / q;
+                }
+            }
+        }
+    }
+
+    /// Not of hulls, whose Hessian is diagonal.
     void InverseHessian() {
         const std::vector<Real>& u = m_u;
-        for (auto& row : m_inverse) {
-            std::fill(row, row + 3, Real(0));
+        if (m_set != Convex::Set::kCone) {
+            // Of -log q, q = 1 - |u|^2, over the parameters of each ball.
+            for (const Ball& ball : Balls()) {
+                const Real square = Square(u, ball);
+                for (const std::size_t i : ball) {
+                    for (const std::size_t k : ball) {
+                        m_inverse[i][k] =
+                            (1 - square) / 2 *
+                            ((i == k ? Real(1) : Real(0)) - 2 * u[i] * u[k] / (1 + square));
+                    }
+                }
+            }
+            return;
         }
-        const auto interval = [&](std::size_t i) {
-            const Real q = (1 - u[i]) * (1 + u[i]);
-            m_inverse[i][i] = q * q / (2 * (1 + u[i] * u[i]));
-        };
-        // Of -log q, q = 1 - |u|^2, over some of the parameters.
-        const auto ball = [&](std::initializer_list<std::size_t> indices) {
-            Real square = 0;
-            for (const std::size_t i : indices) {
-                square += u[i] * u[i];
+        // z z^T -+ q / 2 for the round side, then a rank-one change for the bottom.
+        const Real q = ConeSlack(u);
+        for (std::size_t i = 0; i < 3; ++i) {
+            for (std::size_t k = 0; k < 3; ++k) {
+                m_inverse[i][k] = u[i] * u[k];
             }
-            const Real q = 1 - square;
-            for (const std::size_t i : indices) {
-                for (const std::size_t k : indices) {
-                    m_inverse[i][k] =
-                        q / 2 * ((i == k ? Real(1) : Real(0)) - 2 * u[i] * u[k] / (1 + square));
-                }
-            }
-        };
-        switch (m_set) {
-            case Convex::Set::kHull:
-                break;
-            case Convex::Set::kBox:
-                interval(0), interval(1), interval(2);
-                break;
-            case Convex::Set::kBall:
-                ball({0, 1, 2});
-                break;
-            case Convex::Set::kCylinder:
-                ball({0, 2}), interval(1);
-                break;
-            case Convex::Set::kCone: {
-                // z z^T -+ q / 2 for the round side, then a rank-one change for the bottom.
-                const Real q = ConeSlack(u);
-                for (std::size_t i = 0; i < 3; ++i) {
-                    for (std::size_t k = 0; k < 3; ++k) {
-                        m_inverse[i][k] = u[i] * u[k];
-                    }
-                    m_inverse[i][i] += i == 1 ? -q / 2 : q / 2;
-                }
-                const Real bottom = (1 - u[1]) * (1 - u[1]) + m_inverse[1][1];
-                const Real s[3] = {m_inverse[0][1], m_inverse[1][1], m_inverse[2][1]};
-                for (std::size_t i = 0; i < 3; ++i) {
-                    for (std::size_t k = 0; k < 3; ++k) {
-                        m_inverse[i][k] -= s[i] * s[k] / bottom;
-                    }
-                }
-                break;
+            m_inverse[i][i] += i == 1 ? -q / 2 : q / 2;
+        }
+        const Real bottom = (1 - u[1]) * (1 - u[1]) + m_inverse[1][1];
+        const Real s[3] = {m_inverse[0][1], m_inverse[1][1], m_inverse[2][1]};
+        for (std::size_t i = 0; i < 3; ++i) {
+            for (std::size_t k = 0; k < 3; ++k) {
+                m_inverse[i][k] -= s[i] * s[k] / bottom;
             }
         }
     }

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "Convex.h"
+
 namespace oracle {
 
 namespace {
@@ -91,6 +93,10 @@ EngineObject::EngineObject(const Spec& spec)
 EngineObject::~EngineObject() {
     DT_DestroyObject(m_object);
     DT_DeleteShape(m_shape);
+}
+
+double Answers::Depth() const {
+    return Length(Widened(depth2.data()) - Widened(depth1.data()));
 }
 
 Answers Ask(const EngineObject& a, const EngineObject& b) {

@@ -30,6 +30,8 @@ struct Answers {
     bool hasDepth = false;
     Point depth1{}, depth2{};
 
+    /// 0 without contact.
+    double Depth() const;
     bool operator==(const Answers&) const = default;
 };
 

@@ -25,10 +25,6 @@
 namespace oracle {
 namespace {
 
-Vec3 Widened(const Point& p) {
-    return {static_cast<double>(p[0]), static_cast<double>(p[1]), static_cast<double>(p[2])};
-}
-
 /// Of the simple sets: u moved into the set, not always by the shortest way.
 Vec3 MovedInside(Convex::Set set, Vec3 u) {
     const auto clamp = [](double& x, double most) { x = std::clamp(x, -most, most); };
@@ -104,8 +100,8 @@ class Judge {
         if (contact != (distance == 0)) {
             return true;
         }
-        return contact ? !HaveInCommon(a, b, Widened(point1), slack)
-                       : !AreApart(a, b, Widened(point1) - Widened(point2), slack);
+        return contact ? !HaveInCommon(a, b, Widened(point1.data()), slack)
+                       : !AreApart(a, b, Widened(point1.data()) - Widened(point2.data()), slack);
     }
     long pairs = 0;
     long touching = 0;

@@ -108,50 +108,6 @@ TEST(Oracle, PointsBesideCylinderAndCone) {
     }
 }
 
-TEST(Oracle, PointsBesideAnEllipsoid) {
-    Random random(4);
-    for (int i = 0; i < 500; ++i) {
-        const Vec3 h{random.Uniform(0.2, 2), random.Uniform(0.2, 2), random.Uniform(0.2, 2)};
-        const Spec ellipsoid = Scaled(Sphere(1), static_cast<float>(h.x), static_cast<float>(h.y),
-                                      static_cast<float>(h.z));
-        const Vec3 e{Pieces(ellipsoid)[0].axis[0].x, Pieces(ellipsoid)[0].axis[1].y,
-                     Pieces(ellipsoid)[0].axis[2].z};
-        const Vec3 p{random.Uniform(-3, 3), random.Uniform(-3, 3), random.Uniform(-3, 3)};
-        // The nearest point is e^2 p / (e^2 + t) where t makes it lie on the surface.
-        const auto nearest = [&](double t) {
-            return Vec3{e.x * e.x * p.x / (e.x * e.x + t), e.y * e.y * p.y / (e.y * e.y + t),
-                        e.z * e.z * p.z / (e.z * e.z + t)};
-        };
-        const auto level = [&](const Vec3& q) {
-            return LengthSquared(Vec3{q.x / e.x, q.y / e.y, q.z / e.z});
-        };
-        double expected = 0;
-        if (level(p) > 1) {
-            double low = 0;
-            double high = 100;
-            for (int step = 0; step < 200; ++step) {
-                const double t = (low + high) / 2;
-                (level(nearest(t)) > 1 ? low : high) = t;
-            }
-            expected = Length(p - nearest(low));
-        }
-        ASSERT_NEAR(DistanceOfPoint(p, Pieces(ellipsoid)), expected, 1e-9);
-    }
-}
-
-TEST(Oracle, CrossingLinesAreAsFarApartAsTheirCommonNormalSays) {
-    Random random(5);
-    for (int i = 0; i < 500; ++i) {
-        Spec a = RandomShape(random, Kind::kSegment);
-        Spec b = RandomShape(random, Kind::kSegment);
-        const float height = static_cast<float>(random.Uniform(1e-4, 1));
-        // Long lines in two planes of equal z cross, seen along z.
-        a.points = {{-9, static_cast<float>(random.Uniform(-1, 1)), 0}, {9, 0, 0}};
-        b.points = {{static_cast<float>(random.Uniform(-1, 1)), -9, height}, {0, 9, height}};
-        ASSERT_NEAR(Middle(DistanceOf(One(a), One(b))), static_cast<double>(height), 1e-9);
-    }
-}
-
 TEST(Oracle, DepthOfASphereInABoxIsToTheNearestSide) {
     const Convex box = One(Box(4, 6, 8));
     const Convex sphere = One(At(Sphere(0.5F), 1, 0, 0));

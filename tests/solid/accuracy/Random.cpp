@@ -257,16 +257,13 @@ Pair BroughtTo(Random& random, Spec a, Spec b, double gap) {
     const Vec3 start = PlaceBeside(random, a, b, random.Uniform(1, 1.5));
     MoveTo(b, start);
     const Distance d = DistanceOf(Pieces(a), Pieces(b));
-    const Vec3 there{static_cast<double>(b.matrix[12]), static_cast<double>(b.matrix[13]),
-                     static_cast<double>(b.matrix[14])};
+    const Vec3 there = Widened(&b.matrix[12]);
     const Vec3 way = d.point1 - d.point2;
     const double length = Length(way);
     const Vec3 place = length > 0 ? there + way * ((d.upper - gap) / length) : there;
     MoveTo(b, place);
     // What the floats of the one place lack goes to the other, which is next to 0.
-    MoveTo(a, Vec3{static_cast<double>(b.matrix[12]), static_cast<double>(b.matrix[13]),
-                   static_cast<double>(b.matrix[14])} -
-                  place);
+    MoveTo(a, Widened(&b.matrix[12]) - place);
     return {std::move(a), std::move(b)};
 }
 
@@ -327,9 +324,7 @@ Pair PairOfAnySort(Random& random, Kind kind1, Kind kind2, bool gaps) {
     for (Spec* spec : {&pair.a, &pair.b}) {
         Scale(*spec, scale);
         if (shift.x != 0) {
-            MoveTo(*spec, shift + Vec3{static_cast<double>(spec->matrix[12]),
-                                       static_cast<double>(spec->matrix[13]),
-                                       static_cast<double>(spec->matrix[14])});
+            MoveTo(*spec, shift + Widened(&spec->matrix[12]));
         }
     }
     return pair;
