@@ -45,11 +45,12 @@ class PairCheck {
         : m_pair(pair),
           m_answers(answers),
           m_tally(tally),
-          m_a(Pieces(pair.a)),
-          m_b(Pieces(pair.b)),
+          m_reference(Widened(&pair.a.matrix[12])),
+          m_a(Pieces(pair.a, m_reference)),
+          m_b(Pieces(pair.b, m_reference)),
           m_size(Radius(m_a) + Radius(m_b)) {
         // Half a unit in the last place of each coordinate, of two points.
-        const double reach = std::max(solid::MaxNorm(m_a[0].centre), solid::MaxNorm(m_b[0].centre));
+        const double reach = solid::MaxNorm(m_reference) + solid::MaxNorm(m_b[0].centre);
         m_writing = 2 * std::numeric_limits<float>::epsilon() * (reach + m_size);
     }
 
@@ -155,8 +156,8 @@ class PairCheck {
         if (!m_answers.contact || m_truth.upper > bar::kTouching * m_size) {
             Report(Fault::kDistance, error, allowed, "wrong distance");
         }
-        const Vec3 p1 = Widened(m_answers.point1.data());
-        const Vec3 p2 = Widened(m_answers.point2.data());
+        const Vec3 p1 = At(m_answers.point1);
+        const Vec3 p2 = At(m_answers.point2);
         const double off = std::max(DistanceOfPoint(p1, m_a), DistanceOfPoint(p2, m_b));
         Report(Fault::kPoints, off, bar::kPoint * m_size + m_writing,
                "a closest point is off its shape");
@@ -172,8 +173,8 @@ class PairCheck {
 
     void Depths() {
         ++m_tally.depths;
-        const Vec3 end1 = Widened(m_answers.depth1.data());
-        const Vec3 end2 = Widened(m_answers.depth2.data());
+        const Vec3 end1 = At(m_answers.depth1);
+        const Vec3 end2 = At(m_answers.depth2);
         const Vec3 move = end2 - end1;
         const double got = Length(move);
         const double floor = bar::kDepthOfSize * m_size + m_writing;
@@ -224,9 +225,12 @@ class PairCheck {
         return remaining;
     }
 
+    Vec3 At(const Point& p) const { return Widened(p.data()) - m_reference; }
+
     const Pair& m_pair;
     const Answers& m_answers;
     Tally& m_tally;
+    Vec3 m_reference;
     std::vector<Convex> m_a, m_b;
     double m_size;
     double m_writing = 0;

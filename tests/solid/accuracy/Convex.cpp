@@ -13,7 +13,7 @@ double Positive(float size) {
     return size > 0 ? static_cast<double>(size) : 0.0;
 }
 
-Convex Hull(const Spec& spec, std::size_t first, std::size_t count) {
+Convex Hull(const Spec& spec, const Vec3& origin, std::size_t first, std::size_t count) {
     const Vec3 x = Widened(&spec.matrix[0]);
     const Vec3 y = Widened(&spec.matrix[4]);
     const Vec3 z = Widened(&spec.matrix[8]);
@@ -23,7 +23,7 @@ Convex Hull(const Spec& spec, std::size_t first, std::size_t count) {
         middle += Widened(spec.points[first + i].data()) * (1.0 / static_cast<double>(count));
     }
     Convex hull;
-    hull.centre = turned(middle) + Widened(&spec.matrix[12]);
+    hull.centre = turned(middle) + origin;
     for (std::size_t i = 0; i < count; ++i) {
         hull.vertices.push_back(turned(Widened(spec.points[first + i].data()) - middle));
     }
@@ -31,10 +31,10 @@ Convex Hull(const Spec& spec, std::size_t first, std::size_t count) {
     return hull;
 }
 
-Convex Simple(const Spec& spec, Convex::Set set, double x, double y, double z) {
+Convex Simple(const Spec& spec, const Vec3& origin, Convex::Set set, double x, double y, double z) {
     Convex convex;
     convex.set = set;
-    convex.centre = Widened(&spec.matrix[12]);
+    convex.centre = origin;
     convex.axis[0] = Widened(&spec.matrix[0]) * x;
     convex.axis[1] = Widened(&spec.matrix[4]) * y;
     convex.axis[2] = Widened(&spec.matrix[8]) * z;
@@ -95,32 +95,33 @@ double Convex::Radius() const {
     return radius + margin;
 }
 
-std::vector<Convex> Pieces(const Spec& spec) {
+std::vector<Convex> Pieces(const Spec& spec, const Vec3& reference) {
+    const Vec3 origin = Widened(&spec.matrix[12]) - reference;
     const double a = Positive(spec.size[0]);
     const double b = Positive(spec.size[1]);
     std::vector<Convex> pieces;
     switch (spec.kind) {
         case Kind::kBox:
             pieces.push_back(
-                Simple(spec, Convex::Set::kBox, a / 2, b / 2, Positive(spec.size[2]) / 2));
+                Simple(spec, origin, Convex::Set::kBox, a / 2, b / 2, Positive(spec.size[2]) / 2));
             break;
         case Kind::kSphere:
-            pieces.push_back(Simple(spec, Convex::Set::kBall, a, a, a));
+            pieces.push_back(Simple(spec, origin, Convex::Set::kBall, a, a, a));
             break;
         case Kind::kCylinder:
-            pieces.push_back(Simple(spec, Convex::Set::kCylinder, a, b / 2, a));
+            pieces.push_back(Simple(spec, origin, Convex::Set::kCylinder, a, b / 2, a));
             break;
         case Kind::kCone:
-            pieces.push_back(Simple(spec, Convex::Set::kCone, a, b / 2, a));
+            pieces.push_back(Simple(spec, origin, Convex::Set::kCone, a, b / 2, a));
             break;
         case Kind::kSegment:
         case Kind::kPolytope:
-            pieces.push_back(Hull(spec, 0, spec.points.size()));
+            pieces.push_back(Hull(spec, origin, 0, spec.points.size()));
             break;
         case Kind::kMesh: {
             std::size_t first = 0;
             for (const int count : spec.counts) {
-                pieces.push_back(Hull(spec, first, static_cast<std::size_t>(count)));
+                pieces.push_back(Hull(spec, origin, first, static_cast<std::size_t>(count)));
                 first += static_cast<std::size_t>(count);
             }
             break;

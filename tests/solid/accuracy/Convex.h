@@ -39,8 +39,10 @@ struct Convex {
     bool IsPolyhedral() const { return set == Set::kHull || set == Set::kBox; }
 };
 
-/// The convex sets that a placed shape is the union of: one, or each polygon of a mesh.
-std::vector<Convex> Pieces(const Spec& spec);
+/// The convex sets that a placed shape is the union of: one, or each polygon of a mesh. Relative to
+/// `reference`, which should be near: differences of places far from the origin are lost to
+/// rounding.
+std::vector<Convex> Pieces(const Spec& spec, const Vec3& reference = {});
 
 /// Radius of a sphere about the first piece's centre that holds all of them.
 double Radius(const std::vector<Convex>& pieces);

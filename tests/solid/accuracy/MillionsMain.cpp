@@ -85,8 +85,9 @@ class Judge {
   public:
     /// Whether the answer is wrong.
     bool IsWrong(const Pair& pair) {
-        const std::vector<Convex> a = Pieces(pair.a);
-        const std::vector<Convex> b = Pieces(pair.b);
+        const Vec3 reference = Widened(&pair.a.matrix[12]);
+        const std::vector<Convex> a = Pieces(pair.a, reference);
+        const std::vector<Convex> b = Pieces(pair.b, reference);
         const double slack = bar::kTouching * (Radius(a) + Radius(b));
         const EngineObject object1(pair.a);
         const EngineObject object2(pair.b);
@@ -100,7 +101,7 @@ class Judge {
         if (contact != (distance == 0)) {
             return true;
         }
-        return contact ? !HaveInCommon(a, b, Widened(point1.data()), slack)
+        return contact ? !HaveInCommon(a, b, Widened(point1.data()) - reference, slack)
                        : !AreApart(a, b, Widened(point1.data()) - Widened(point2.data()), slack);
     }
     long pairs = 0;
