@@ -32,6 +32,35 @@ Vec3 Apart(const Placed& a, const Placed& b) {
            (b.placement.linear * b.shape->Centre() - a.placement.linear * a.shape->Centre());
 }
 
+/// A pair with a mesh as it stands when the origin of the first is that of the world, for the same
+/// reason. Coordinates are then relative to the middle of the first.
+struct NearPair {
+    NearPair(const Placed& first, const Placed& second) : a(first), b(second) {
+        b.placement.origin -= a.placement.origin;
+        a.placement.origin = {};
+        middle = WorldCentre(a);
+    }
+    bool Contact() const {
+        if (IsMesh(a) && IsMesh(b))
+            return MeshesContact(a, b, middle);
+        return IsMesh(b) ? MeshContact(a, b, middle) : MeshContact(b, a, middle);
+    }
+    PointPair Closest() const {
+        if (IsMesh(a) && IsMesh(b))
+            return MeshesClosest(a, b, middle);
+        return IsMesh(b) ? MeshClosest(a, b, middle) : MeshClosest(b, a, middle);
+    }
+    bool Penetration(PointPair& result) const {
+        if (IsMesh(a) && IsMesh(b))
+            return MeshesPenetration(a, b, middle, result);
+        return IsMesh(b) ? MeshPenetration(a, b, middle, result)
+                         : MeshPenetration(b, a, middle, result);
+    }
+
+    Placed a, b;
+    Vec3 middle;
+};
+
 /// Where the middle of b stands as seen from that of a, and what their balls tell.
 struct Balls {
     Balls(const Placed& a, const Placed& b) : apart(Apart(a, b)) {
@@ -55,15 +84,12 @@ struct Balls {
 }  // namespace
 
 bool InContact(const Placed& a, const Placed& b) {
-    const Vec3 reference = WorldCentre(a);
     const Balls balls(a, b);
     if (balls.touch || balls.miss)
         return balls.touch;
     if (!IsMesh(a) && !IsMesh(b))
         return ConvexContact(MakeCoreAt(a, {}), MakeCoreAt(b, balls.apart));
-    if (IsMesh(a) && IsMesh(b))
-        return MeshesContact(a, b, reference);
-    return IsMesh(b) ? MeshContact(a, b, reference) : MeshContact(b, a, reference);
+    return NearPair(a, b).Contact();
 }
 
 PointPair ClosestPoints(const Placed& a, const Placed& b) {
@@ -77,29 +103,20 @@ PointPair ClosestPoints(const Placed& a, const Placed& b) {
         const PointPair pair = ConvexClosest(MakeCoreAt(a, {}), MakeCoreAt(b, balls.apart));
         return ToWorld(pair, reference, false);
     }
-    if (IsMesh(a) && IsMesh(b))
-        return ToWorld(MeshesClosest(a, b, reference), reference, false);
-    const PointPair pair = IsMesh(b) ? MeshClosest(a, b, reference) : MeshClosest(b, a, reference);
-    return ToWorld(pair, reference, !IsMesh(b));
+    return ToWorld(NearPair(a, b).Closest(), reference, !IsMesh(b));
 }
 
 bool Penetration(const Placed& a, const Placed& b, PointPair& result) {
-    const Vec3 reference = WorldCentre(a);
     const Balls balls(a, b);
     if (balls.miss)
         return false;
     PointPair pair;
-    bool contact;
-    if (!IsMesh(a) && !IsMesh(b)) {
-        contact = ConvexPenetration(MakeCoreAt(a, {}), MakeCoreAt(b, balls.apart), pair);
-    } else if (IsMesh(a) && IsMesh(b)) {
-        contact = MeshesPenetration(a, b, reference, pair);
-    } else {
-        contact = IsMesh(b) ? MeshPenetration(a, b, reference, pair)
-                            : MeshPenetration(b, a, reference, pair);
-    }
+    const bool contact =
+        IsMesh(a) || IsMesh(b)
+            ? NearPair(a, b).Penetration(pair)
+            : ConvexPenetration(MakeCoreAt(a, {}), MakeCoreAt(b, balls.apart), pair);
     if (contact)
-        result = ToWorld(pair, reference, IsMesh(a) && !IsMesh(b));
+        result = ToWorld(pair, WorldCentre(a), IsMesh(a) && !IsMesh(b));
     return contact;
 }
 
