@@ -44,6 +44,7 @@ CCollisionManager::CCollisionManager()
 CCollisionManager::~CCollisionManager() {
     DT_RemoveObject(m_scene.get(), m_line.object.get());
     DT_RemoveObject(m_scene.get(), m_point.object.get());
+    std::vector<CCollisionResult>().swap(g_collisionResults);
 }
 
 /// Objects of the scene have themselves as client, so that no client means a probe.
@@ -51,8 +52,8 @@ CCollisionManager::Probe CCollisionManager::MakeProbe(Shape shape) {
     Probe probe;
     probe.shape = std::move(shape);
     probe.object.reset(DT_CreateObject(nullptr, probe.shape.get()));
-    probe.responseClass = DT_GenResponseClass(m_respTable.get());
-    DT_SetResponseClass(m_respTable.get(), probe.object.get(), probe.responseClass);
+    probe.classes = {DT_GenResponseClass(m_respTable.get())};
+    DT_SetResponseClass(m_respTable.get(), probe.object.get(), probe.classes[0]);
     DT_AddObject(m_scene.get(), probe.object.get());
     return probe;
 }
@@ -125,5 +126,10 @@ void CCollisionManager::CopyResults(CCollisionResult* out) noexcept {
 }
 
 void CCollisionManager::ClearResults() noexcept {
-    std::vector<CCollisionResult>().swap(g_collisionResults);
+    // Those of most queries fit in here; asking for the memory again would cost more than a test.
+    constexpr std::size_t kKept = 1024;
+    g_collisionResults.clear();
+    if (g_collisionResults.capacity() > kKept) {
+        std::vector<CCollisionResult>().swap(g_collisionResults);
+    }
 }

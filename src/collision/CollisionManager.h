@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 #include "kestrane.h"
@@ -21,8 +22,8 @@ extern std::vector<CCollisionResult>& g_collisionResults;
 /// The collision world, kept in step with the tree of groups, and the questions to it.
 ///
 /// Each object of a capable group, polylines apart, is one object of the world, and each capable
-/// group is one response class. At rest no pair of classes has a response: a query enters the pairs
-/// that it asks about, runs one test, and removes them.
+/// group is one response class. No pair of classes has a response in the table: a query names the
+/// pairs that it asks about for one test.
 ///
 /// Queries throw std::bad_alloc when memory runs out; the world is then as before. Calls must not
 /// overlap in time.
@@ -64,7 +65,7 @@ class CCollisionManager final : public CCollisionNeighbour {
 
     /// Copies all findings.
     static void CopyResults(CCollisionResult* out) noexcept;
-    /// Empties the store and gives its memory back.
+    /// Empties the store and gives its memory back, but for what a few findings need.
     static void ClearResults() noexcept;
 
   private:
@@ -84,15 +85,23 @@ class CCollisionManager final : public CCollisionNeighbour {
     struct Probe {
         Shape shape;
         Object object;
-        DT_ResponseClass responseClass = 0;
+        /// The one class of the object, as a list.
+        std::vector<DT_ResponseClass> classes;
     };
 
     class Membership;
-    class PairResponses;
+    struct Recorder;
 
     Probe MakeProbe(Shape shape);
     void SetResponseClass(const CSceneObject& object);
     void BringClassesUpToDate();
+    void ForgetOldClassLists() noexcept;
+    /// Of the group's subtree. Lists stand until ForgetOldClassLists.
+    const std::vector<DT_ResponseClass>& ClassesOf(const CGroup& group);
+    /// Tests all pairs of the two lists.
+    void Test(DT_RespTableHandle table, const std::vector<DT_ResponseClass>& classes1,
+              const std::vector<DT_ResponseClass>& classes2, DT_ResponseCallback callback,
+              Recorder& recorder);
     int CheckProbe(const CGroup& group, const Probe& probe, bool all, int* count);
     /// Puts the objects found that are visible in the view into a class of another table.
     bool ClassifyVisible(int view, DT_RespTableHandle table, DT_ResponseClass responseClass) const;
@@ -105,6 +114,10 @@ class CCollisionManager final : public CCollisionNeighbour {
     RespTable m_respTable;
     Probe m_point;
     Probe m_line;
+    /// The lists that were asked for since the tree last changed, by the group's id.
+    std::unordered_map<int, std::vector<DT_ResponseClass>> m_classLists;
+    std::size_t m_listedClasses = 0;
+    unsigned long long m_classChanges = 0;  ///< g_classChanges at that time
     /// An object may be in the class of a former group.
     bool m_classesStale = false;
 };

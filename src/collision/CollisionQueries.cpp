@@ -44,73 +44,12 @@ int ResultCount() {
     return static_cast<int>(g_collisionResults.size());
 }
 
-/// What a response callback gets as its client.
-struct Recorder {
-    bool all;
-    /// The first group of a group query.
-    const CGroup* first = nullptr;
-    bool outOfMemory = false;
-
-    DT_Bool Append(const CCollisionResult& result) noexcept {
-        try {
-            g_collisionResults.push_back(result);
-        } catch (const std::exception&) {
-            outOfMemory = true;
-            return DT_DONE;
-        }
-        return all ? DT_CONTINUE : DT_DONE;
-    }
-};
-
 CCollisionResult MakeResult(int id1, int id2) noexcept {
     CCollisionResult result = {};
     result.id1 = id1;
     result.id2 = id2;
     result.value = kNoValue;
     return result;
-}
-
-DT_Bool RecordProbe(void* client, void* object1, void* object2, const void* /*unused*/) noexcept {
-    const auto* object = static_cast<const CSceneObject*>(object1 != nullptr ? object1 : object2);
-    return static_cast<Recorder*>(client)->Append(MakeResult(object->Id(), 0));
-}
-
-DT_Bool RecordPair(void* client, void* object1, void* object2, const void* /*unused*/) noexcept {
-    auto* recorder = static_cast<Recorder*>(client);
-    const auto* first = static_cast<const CSceneObject*>(object1);
-    const auto* second = static_cast<const CSceneObject*>(object2);
-    if (first->Group() != recorder->first) {
-        std::swap(first, second);
-    }
-    return recorder->Append(MakeResult(first->Id(), second->Id()));
-}
-
-void Test(DT_SceneHandle scene, DT_RespTableHandle table, const Recorder& recorder) {
-    DT_Test(scene, table);
-    if (recorder.outOfMemory) {
-        throw std::bad_alloc();
-    }
-}
-
-std::vector<DT_ResponseClass> ClassesOf(const CGroup& group) {
-    std::vector<DT_ResponseClass> classes;
-    group.CollectResponseClasses(classes);
-    return classes;
-}
-
-/// Whether two lists share a class; one that is in the subtrees of both groups.
-bool Overlap(std::vector<DT_ResponseClass> classes1, std::vector<DT_ResponseClass> classes2) {
-    std::sort(classes1.begin(), classes1.end());
-    std::sort(classes2.begin(), classes2.end());
-    auto it1 = classes1.begin();
-    auto it2 = classes2.begin();
-    while (it1 != classes1.end() && it2 != classes2.end()) {
-        if (*it1 == *it2) {
-            return true;
-        }
-        *it1 < *it2 ? ++it1 : ++it2;
-    }
-    return false;
 }
 
 /// The engine is asked with a mesh as the first object where there is a choice.
@@ -153,31 +92,37 @@ void SortResults(float sign) {
 
 }  // namespace
 
-/// Pair responses that are there as long as this is.
-class CCollisionManager::PairResponses {
-  public:
-    PairResponses(DT_RespTableHandle table, std::vector<DT_ResponseClass> classes1,
-                  std::vector<DT_ResponseClass> classes2, DT_ResponseCallback callback,
-                  Recorder* recorder)
-        : m_table(table),
-          m_classes1(std::move(classes1)),
-          m_classes2(std::move(classes2)),
-          m_callback(callback) {
-        DT_AddPairResponses(m_table, m_classes1.data(), m_classes1.size(), m_classes2.data(),
-                            m_classes2.size(), m_callback, DT_SIMPLE_RESPONSE, recorder);
-    }
-    ~PairResponses() {
-        DT_RemovePairResponses(m_table, m_classes1.data(), m_classes1.size(), m_classes2.data(),
-                               m_classes2.size(), m_callback);
-    }
-    PairResponses(const PairResponses&) = delete;
-    PairResponses& operator=(const PairResponses&) = delete;
+/// What a response callback gets as its client.
+struct CCollisionManager::Recorder {
+    bool all;
+    /// The first group of a group query.
+    const CGroup* first = nullptr;
+    bool outOfMemory = false;
 
-  private:
-    DT_RespTableHandle m_table;
-    std::vector<DT_ResponseClass> m_classes1;
-    std::vector<DT_ResponseClass> m_classes2;
-    DT_ResponseCallback m_callback;
+    DT_Bool Append(const CCollisionResult& result) noexcept {
+        try {
+            g_collisionResults.push_back(result);
+        } catch (const std::exception&) {
+            outOfMemory = true;
+            return DT_DONE;
+        }
+        return all ? DT_CONTINUE : DT_DONE;
+    }
+
+    static DT_Bool Probe(void* client, void* object1, void* object2, const void*) noexcept {
+        const auto* object =
+            static_cast<const CSceneObject*>(object1 != nullptr ? object1 : object2);
+        return static_cast<Recorder*>(client)->Append(MakeResult(object->Id(), 0));
+    }
+    static DT_Bool Pair(void* client, void* object1, void* object2, const void*) noexcept {
+        auto* recorder = static_cast<Recorder*>(client);
+        const auto* first = static_cast<const CSceneObject*>(object1);
+        const auto* second = static_cast<const CSceneObject*>(object2);
+        if (first->Group() != recorder->first) {
+            std::swap(first, second);
+        }
+        return recorder->Append(MakeResult(first->Id(), second->Id()));
+    }
 };
 
 /// An object that takes part in the tests of a scene as long as this is.
@@ -195,13 +140,44 @@ class CCollisionManager::Membership {
     DT_ObjectHandle m_object;
 };
 
+void CCollisionManager::ForgetOldClassLists() noexcept {
+    // So many classes together that a walk over the tree for each query costs little beside a test.
+    constexpr std::size_t kMostListed = 1 << 20;
+    if (m_classChanges != g_classChanges || m_listedClasses > kMostListed) {
+        m_classLists.clear();
+        m_listedClasses = 0;
+        m_classChanges = g_classChanges;
+    }
+}
+
+const std::vector<DT_ResponseClass>& CCollisionManager::ClassesOf(const CGroup& group) {
+    const auto known = m_classLists.find(group.Id());
+    if (known != m_classLists.end()) {
+        return known->second;
+    }
+    std::vector<DT_ResponseClass> classes;
+    group.CollectResponseClasses(classes);
+    m_listedClasses += classes.size();
+    return m_classLists.emplace(group.Id(), std::move(classes)).first->second;
+}
+
+void CCollisionManager::Test(DT_RespTableHandle table,
+                             const std::vector<DT_ResponseClass>& classes1,
+                             const std::vector<DT_ResponseClass>& classes2,
+                             DT_ResponseCallback callback, Recorder& recorder) {
+    DT_TestPairs(m_scene.get(), table, classes1.data(), classes1.size(), classes2.data(),
+                 classes2.size(), callback, DT_SIMPLE_RESPONSE, &recorder);
+    if (recorder.outOfMemory) {
+        throw std::bad_alloc();
+    }
+}
+
 int CCollisionManager::CheckProbe(const CGroup& group, const Probe& probe, bool all, int* count) {
     return RunQuery([&] {
         BringClassesUpToDate();
+        ForgetOldClassLists();
         Recorder recorder{all};
-        const PairResponses responses(m_respTable.get(), ClassesOf(group), {probe.responseClass},
-                                      &RecordProbe, &recorder);
-        Test(m_scene.get(), m_respTable.get(), recorder);
+        Test(m_respTable.get(), ClassesOf(group), probe.classes, &Recorder::Probe, recorder);
         *count = ResultCount();
         return KST_OK;
     });
@@ -222,15 +198,12 @@ int CCollisionManager::CheckGroups(const CGroup& group1, const CGroup& group2, b
                                    int* count) {
     return RunQuery([&] {
         BringClassesUpToDate();
-        std::vector<DT_ResponseClass> classes1 = ClassesOf(group1);
-        std::vector<DT_ResponseClass> classes2 = ClassesOf(group2);
-        if (Overlap(classes1, classes2)) {
+        if (group1.IsWithin(group2) || group2.IsWithin(group1)) {
             return KST_ERROR_OVERLAP;
         }
+        ForgetOldClassLists();
         Recorder recorder{all, &group1};
-        const PairResponses responses(m_respTable.get(), std::move(classes1), std::move(classes2),
-                                      &RecordPair, &recorder);
-        Test(m_scene.get(), m_respTable.get(), recorder);
+        Test(m_respTable.get(), ClassesOf(group1), ClassesOf(group2), &Recorder::Pair, recorder);
         *count = ResultCount();
         return KST_OK;
     });
@@ -310,7 +283,8 @@ Point CCollisionManager::WalkRay(const Point& start, const Point& end, DT_RespTa
     const DT_ResponseClass sphereClass = DT_GenResponseClass(table);
     DT_SetResponseClass(table, sphere.get(), sphereClass);
     Recorder recorder{false};
-    const PairResponses responses(table, {sphereClass}, {visibleClass}, &RecordProbe, &recorder);
+    const std::vector<DT_ResponseClass> sphereClasses{sphereClass};
+    const std::vector<DT_ResponseClass> visibleClasses{visibleClass};
 
     Point position = start;
     const std::size_t before = g_collisionResults.size();
@@ -319,7 +293,7 @@ Point CCollisionManager::WalkRay(const Point& start, const Point& end, DT_RespTa
             position[i] = end[i] + (start[i] - end[i]) * (kPickEnd - t) * 0.01F;
         }
         DT_SetPosition(sphere.get(), position.data());
-        Test(m_scene.get(), table, recorder);
+        Test(table, sphereClasses, visibleClasses, &Recorder::Probe, recorder);
         if (g_collisionResults.size() != before) {
             break;
         }

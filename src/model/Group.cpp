@@ -50,6 +50,7 @@ CGroup* CGroup::Adopt(std::unique_ptr<CGroup> group) {
     auto& place = group->m_parent->m_children[group->m_id];
     place = std::move(group);
     ++g_nextGroupId;
+    ++g_classChanges;
     return place.get();
 }
 
@@ -63,6 +64,7 @@ CGroup* CGroup::Create(CGroup* parent, bool colCheck, const std::string& label, 
 std::unique_ptr<CGroup> CGroup::CreateRoot(bool colCheck, const std::string& label) {
     std::unique_ptr<CGroup> root = New(nullptr, colCheck, label);
     ++g_nextGroupId;
+    ++g_classChanges;
     if (g_controlPanel)
         g_controlPanel->AddGroupRow(root.get(), false);
     return root;
@@ -210,6 +212,7 @@ void CGroup::SetCollisionCapability(bool on) {
         return;
     if (on) {
         m_responseClass = g_collision->GenResponseClass();
+        ++g_classChanges;
         CRollback undo([this] {
             for (const auto& [id, object] : m_objects)
                 object->LeaveCollisionWorld();
@@ -230,6 +233,7 @@ void CGroup::ReleaseResponseClass() noexcept {
     if (IsCollisionCapable())
         g_collision->ReleaseResponseClass(m_responseClass);
     m_responseClass = kNoResponseClass;
+    ++g_classChanges;
 }
 
 void CGroup::SetClearance(float margin) noexcept {
@@ -387,6 +391,7 @@ void CGroup::MoveTo(CGroup* newParent) noexcept {
     oldParent->AddToSubtreeCounts(-m_subtreePrimitiveCount);
     newParent->m_children.insert(oldParent->m_children.extract(m_id));
     m_parent = newParent;
+    ++g_classChanges;
     newParent->AddToSubtreeCounts(m_subtreePrimitiveCount);
     if (g_controlPanel) {
         oldParent->UpdateRow();

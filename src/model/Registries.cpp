@@ -27,6 +27,7 @@ CLabels& g_labels = NeverDestroyed<CLabels>();
 std::set<CGroup*, CIdLess>& g_animatedGroups = NeverDestroyed<std::set<CGroup*, CIdLess>>();
 std::set<CSceneObject*, CIdLess>& g_animatedObjects =
     NeverDestroyed<std::set<CSceneObject*, CIdLess>>();
+unsigned long long g_classChanges = 0;
 int g_nextGroupId = 0;
 int g_nextObjectId = 0;
 float g_currentTime = 0;

@@ -26,6 +26,9 @@ extern CLabels& g_labels;
 extern std::set<CGroup*, CIdLess>& g_animatedGroups;
 extern std::set<CSceneObject*, CIdLess>& g_animatedObjects;
 
+/// Grows whenever the response classes of some subtree have become others.
+extern unsigned long long g_classChanges;
+
 /// Ids are never given out twice between two starts of the library.
 extern int g_nextGroupId;
 extern int g_nextObjectId;

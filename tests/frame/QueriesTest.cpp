@@ -446,4 +446,53 @@ TEST_F(Picking, FindsTheFirstVisibleObjectOnTheRay) {
     EXPECT_EQ((std::vector<int>{nearer}), AtPoint(group, 0, 0, -10));
 }
 
+/// What a query has learnt of a subtree is out of date with every change of the tree.
+TEST_F(Queries, EachChangeOfTheTreeIsSeenByTheNextQuery) {
+    const int top = Group();
+    const int probe = Group();
+    Box(probe);
+    const auto touching = [&] {
+        int count = -1;
+        int back = -1;
+        int atPoint = -1;
+        EXPECT_EQ(KST_OK, KST_CheckGroupCollision(top, probe, true, &count));
+        EXPECT_EQ(KST_OK, KST_CheckGroupCollision(probe, top, true, &back));
+        EXPECT_EQ(KST_OK, KST_CheckPointCollision(top, 0, 0, 0, true, &atPoint));
+        EXPECT_EQ(count, back);
+        EXPECT_EQ(count, atPoint);
+        return count;
+    };
+    EXPECT_EQ(0, touching());
+    const int child = Group(top);
+    EXPECT_EQ(0, touching());
+    const int box = Box(child);
+    EXPECT_EQ(1, touching());
+    const int grandchild = Group(child, false);
+    Box(grandchild);
+    EXPECT_EQ(1, touching());
+    EXPECT_EQ(KST_OK, KST_SetGroupCollisionCheckCapability(grandchild, true));
+    EXPECT_EQ(2, touching());
+    EXPECT_EQ(KST_OK, KST_SetGroupCollisionCheckCapability(child, false));
+    EXPECT_EQ(1, touching());
+    EXPECT_EQ(KST_OK, KST_SetGroupCollisionCheckCapability(child, true));
+    EXPECT_EQ(2, touching());
+    int copy = -1;
+    EXPECT_EQ(KST_OK, KST_CloneGroup(&copy, child, top, true, nullptr));
+    EXPECT_EQ(3, touching());
+    EXPECT_EQ(KST_OK, KST_MoveGroup(child, 0));
+    EXPECT_EQ(1, touching());
+    EXPECT_EQ(KST_OK, KST_MoveGroup(child, copy));
+    EXPECT_EQ(3, touching());
+    EXPECT_EQ(KST_OK, KST_MoveObject(box, probe));
+    EXPECT_EQ(KST_OK, KST_MoveObject(box, grandchild));
+    EXPECT_EQ(3, touching());
+    EXPECT_EQ(KST_OK, KST_DestroyGroup(child));
+    EXPECT_EQ(1, touching());
+    EXPECT_EQ(KST_OK, KST_EmptyGroup(top));
+    EXPECT_EQ(0, touching());
+    // Its class may be that of a group that is gone.
+    Box(Group(top));
+    EXPECT_EQ(1, touching());
+}
+
 }  // namespace

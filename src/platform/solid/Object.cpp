@@ -41,15 +41,27 @@ void Object::SetMatrix(const float m[16]) noexcept {
     for (int c = 0; c < 4; ++c) {
         std::memcpy(columns[c], m + 4 * c, sizeof columns[c]);
     }
-    if (std::memcmp(columns, m_columns, sizeof columns) != 0) {
-        std::memcpy(m_columns, columns, sizeof columns);
-        Changed();
+    if (std::memcmp(columns, m_columns, 3 * sizeof columns[0]) == 0) {
+        if (std::memcmp(columns[3], m_columns[3], sizeof columns[3]) != 0) {
+            SetPosition(columns[3]);
+        }
+        return;
     }
+    std::memcpy(m_columns, columns, sizeof columns);
+    Changed();
 }
 
 void Object::SetPosition(const float position[3]) noexcept {
     std::memcpy(m_columns[3], position, sizeof m_columns[3]);
-    Changed();
+    // What is known of a shape in the middle range stays true while it stays there.
+    const bool known = m_part == Part::kTakes && !m_traits.large;
+    const Vec3 centre = known ? WorldCentre(GetPlaced()) : Vec3{};
+    if (!known || !IsFinite(centre) || !(MaxNorm(centre) < kComfortableSize)) {
+        m_part = Part::kUnknown;
+    }
+    if (m_scene != nullptr) {
+        m_scene->Moved(m_slot);
+    }
 }
 
 void Object::SetMargin(float margin) noexcept {

@@ -139,6 +139,8 @@ Aabb Shape::WorldBox(const Affine& placement, double margin) const {
     Vec3 extent;
     switch (m_kind) {
         case ShapeKind::kSphere: {
+            if (m_half.x == 0)
+                break;
             const auto row = [&](int i) {
                 return m_half.x * Length({m.col[0][i], m.col[1][i], m.col[2][i]});
             };
