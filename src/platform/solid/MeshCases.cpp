@@ -102,6 +102,47 @@ Triangle Along(const Triangle& triangle, const Mat3& axes, const Vec3& middle) {
     return result;
 }
 
+// ---- Searches for the nearest ------------------------------------------------------------------
+
+/// The nearest polygon found so far, and a direction along which others are likely to be further.
+class Nearest {
+  public:
+    /// What is further than `limit` is of no interest.
+    explicit Nearest(double limit) : m_limit(limit) {}
+
+    const PointPair& Best() const { return m_best; }
+    /// Bodies that are further apart than this are none of the nearest.
+    double Limit() const { return m_limit; }
+    /// False before there is a nearest, and where it is so near that it has no direction.
+    bool HasDirection() const { return m_hasDirection; }
+    /// Unit, from the first body to the second.
+    const Vec3& Direction() const { return m_direction; }
+    /// True if it is the nearest.
+    bool Take(const PointPair& pair) {
+        if (!(pair.value < m_best.value))
+            return false;
+        m_best = pair;
+        m_limit = std::min(m_limit, pair.value);
+        const Vec3 apart = pair.point2 - pair.point1;
+        const double length = Length(apart);
+        m_hasDirection = length > 0;
+        if (m_hasDirection)
+            m_direction = apart * (1 / length);
+        return true;
+    }
+    /// Cores, whose radii add up to `radius`, are not nearer than `squared` tells.
+    bool IsNotBeyond(double squared, double radius) const {
+        const double reach = m_limit + radius;
+        return squared >= reach * reach;
+    }
+
+  private:
+    PointPair m_best{{}, {}, Aabb::kInfinity};
+    double m_limit;
+    Vec3 m_direction;
+    bool m_hasDirection = false;
+};
+
 // ---- A convex body and a mesh ------------------------------------------------------------------
 
 /// The axes of a convex body that its box is best taken along.
@@ -116,8 +157,8 @@ Mat3 AxesOf(const Core& core) {
 /// A convex body and a mesh; everything relative to the reference.
 class ConvexAndMesh {
   public:
-    ConvexAndMesh(const Placed& convex, const Placed& mesh, const Vec3& reference)
-        : m_core(MakeCore(convex, reference)),
+    ConvexAndMesh(const Core& convex, const Placed& mesh, const Vec3& reference)
+        : m_core(convex),
           m_axes{{Orthonormal(mesh.placement.linear), AxesOf(m_core)}},
           m_view(ViewOf(m_core, m_axes)),
           m_tree(mesh, reference, m_axes),
@@ -127,16 +168,21 @@ class ConvexAndMesh {
         m_slack = kBoxSlack * SizeOf(m_view, m_tree.Whole());
     }
 
-    bool Contact();
+    bool Contact() { return FindTouching() != MeshTree::kNone; }
     PointPair Closest();
+    /// Of those nearer than `limit`; at an infinite distance if there is none.
+    PointPair ClosestWithin(double limit);
     bool Penetration(PointPair& result);
 
   private:
     static double SizeOf(const View& a, const View& b) {
         return MaxNorm(a.middle[0] - b.middle[0]) + MaxNorm(a.half[0]) + MaxNorm(b.half[0]);
     }
+    /// The number of a polygon, or kNone.
+    std::uint32_t FindTouching();
     bool Touches(std::uint32_t polygon);
     PointPair ClosestTo(std::uint32_t polygon);
+    bool IsFurther(std::uint32_t polygon, const Nearest& nearest) const;
     bool PenetrationOf(std::uint32_t polygon, PointPair& result);
     double DepthBoundOf(std::uint32_t polygon);
     /// A sphere and a triangle that closed forms are good for.
@@ -216,7 +262,7 @@ double ConvexAndMesh::DepthBoundOf(std::uint32_t polygon) {
     return DepthBound(triangle, m_core, m_axes.of[1]) + m_radius + m_slack;
 }
 
-bool ConvexAndMesh::Contact() {
+std::uint32_t ConvexAndMesh::FindTouching() {
     const OverlapTest test(m_tree, m_view, m_radius + m_slack);
     const OverlapTest::Box box = test.Prepare(m_view);
     Stack<std::uint32_t> stack;
@@ -230,38 +276,12 @@ bool ConvexAndMesh::Contact() {
             if (!MeshTree::IsPolygon(link)) {
                 stack.Push(link);
             } else if (Touches(MeshTree::PolygonOf(link))) {
-                return true;
+                return MeshTree::PolygonOf(link);
             }
         }
     }
-    return false;
+    return MeshTree::kNone;
 }
-
-/// The nearest polygon found so far, and a direction along which others are likely to be further.
-class Nearest {
-  public:
-    PointPair best{{}, {}, Aabb::kInfinity};
-    Vec3 direction;  ///< unit, from the first body to the second; not set while `known` is false
-    bool known = false;
-
-    /// True if it is the nearest.
-    bool Take(const PointPair& pair) {
-        if (!(pair.value < best.value))
-            return false;
-        best = pair;
-        const Vec3 apart = pair.point2 - pair.point1;
-        const double length = Length(apart);
-        known = length > 0;
-        if (known)
-            direction = apart * (1 / length);
-        return true;
-    }
-    /// Cores, whose radii add up to `radius`, are not nearer than `squared` tells.
-    bool IsNotBeyond(double squared, double radius) const {
-        const double reach = best.value + radius;
-        return squared >= reach * reach;
-    }
-};
 
 struct NearLink {
     std::uint32_t link;
@@ -283,8 +303,34 @@ int SortPlaces(const Node& node, const double (&squared)[kWidth], const Nearest&
     return count;
 }
 
+/// A quick look along directions in which the two are likely to be apart: the normal of a triangle,
+/// and from the nearest point of the body so far.
+bool ConvexAndMesh::IsFurther(std::uint32_t polygon, const Nearest& nearest) const {
+    Triangle triangle;
+    if (m_core.kind == CoreKind::kPoint || !m_closed ||
+        !m_polygons.GetTriangle(polygon, triangle) || triangle.IsNeedle())
+        return false;
+    const Vec3 from = nearest.Best().point1 - nearest.Direction() * m_core.radius;
+    const PointPlace place = PlaceAtTriangle(triangle, from);
+    const Vec3 normal = triangle.Normal();
+    const double least = nearest.Limit() + m_radius + m_slack;
+    return IsBeyond(triangle, m_core, place.border - from, least) ||
+           IsBeyond(triangle, m_core, Dot(normal, place.border - from) < 0 ? -normal : normal,
+                    least);
+}
+
 PointPair ConvexAndMesh::Closest() {
-    Nearest nearest;
+    const std::uint32_t touching = FindTouching();
+    if (touching != MeshTree::kNone) {
+        const PointPair common = ClosestTo(touching);
+        if (common.value == 0)
+            return common;
+    }
+    return ClosestWithin(Aabb::kInfinity);
+}
+
+PointPair ConvexAndMesh::ClosestWithin(double limit) {
+    Nearest nearest(limit);
     double bodyReach = 0;
     Stack<NearLink> stack;
     stack.Push({0, 0});
@@ -294,15 +340,16 @@ PointPair ConvexAndMesh::Closest() {
             continue;
         if (MeshTree::IsPolygon(top.link)) {
             const std::uint32_t polygon = MeshTree::PolygonOf(top.link);
-            if (nearest.known) {
-                const double gap = -m_polygons.Reach(polygon, -nearest.direction) - bodyReach;
-                if (gap - m_slack - m_radius >= nearest.best.value)
+            if (nearest.HasDirection()) {
+                const double gap = -m_polygons.Reach(polygon, -nearest.Direction()) - bodyReach;
+                if (gap - m_slack - m_radius >= nearest.Limit() || IsFurther(polygon, nearest))
                     continue;
             }
             if (nearest.Take(ClosestTo(polygon))) {
-                if (nearest.best.value == 0)
+                if (nearest.Limit() == 0)
                     break;
-                bodyReach = Dot(Support(m_core, nearest.direction), nearest.direction);
+                if (nearest.HasDirection())
+                    bodyReach = Dot(Support(m_core, nearest.Direction()), nearest.Direction());
             }
             continue;
         }
@@ -314,18 +361,23 @@ PointPair ConvexAndMesh::Closest() {
         for (int i = 0; i < count; ++i)
             stack.Push({node.link[order[i]], squared[order[i]]});
     }
-    return nearest.best;
+    return nearest.Best();
+}
+
+/// Whether something that cannot be deeper than `bound` may be deeper than what is known. Depths of
+/// faces in one plane differ by rounding, and are not worth finding one by one.
+bool IsDeeper(double bound, double deepest, double slack) {
+    return bound > deepest * (1 + kDepthGap) + 2 * slack;
 }
 
 /// Polygons, and boxes of them, by the depth that they cannot exceed.
-template <class Link>
 class DepthQueue {
   public:
     struct Entry {
         double bound;
         std::uint64_t number;
         bool exact;  ///< nothing better than this bound can be had without the depth itself
-        Link link;
+        std::uint32_t link;
 
         /// Of equal ones the last: it is nearest to a polygon.
         bool operator<(const Entry& other) const {
@@ -335,7 +387,7 @@ class DepthQueue {
     /// Depths nearer than `slack` are all the same.
     explicit DepthQueue(double slack) : m_slack(slack) {}
 
-    void Push(const Link& link, double bound, bool exact) {
+    void Push(std::uint32_t link, double bound, bool exact) {
         m_heap.push_back({bound, m_next++, exact, link});
         std::push_heap(m_heap.begin(), m_heap.end());
     }
@@ -346,8 +398,7 @@ class DepthQueue {
         std::pop_heap(m_heap.begin(), m_heap.end());
         entry = m_heap.back();
         m_heap.pop_back();
-        // Depths of faces in one plane differ by rounding, and are not worth finding one by one.
-        return !contact || entry.bound > deepest * (1 + kDepthGap) + m_slack;
+        return !contact || IsDeeper(entry.bound, deepest, m_slack);
     }
 
   private:
@@ -358,8 +409,8 @@ class DepthQueue {
 
 bool ConvexAndMesh::Penetration(PointPair& result) {
     bool contact = false;
-    DepthQueue<std::uint32_t> queue(2 * m_slack);
-    DepthQueue<std::uint32_t>::Entry top;
+    DepthQueue queue(m_slack);
+    DepthQueue::Entry top;
     queue.Push(0, Aabb::kInfinity, false);
     while (queue.Pop(contact, result.value, top)) {
         if (!MeshTree::IsPolygon(top.link)) {
@@ -398,13 +449,17 @@ class TwoMeshes {
           m_b(b, reference, m_axes),
           m_polygonsA(a, reference),
           m_polygonsB(b, reference),
-          m_radius(m_polygonsA.Radius() + m_polygonsB.Radius()) {
+          m_radius(m_polygonsA.Radius() + m_polygonsB.Radius()),
+          m_bareA(a),
+          m_bareB(b),
+          m_reference(reference) {
+        m_bareA.margin = m_bareB.margin = 0;
         const View wholeA = m_a.Whole(), wholeB = m_b.Whole();
         m_slack = kBoxSlack * (MaxNorm(wholeA.middle[0] - wholeB.middle[0]) +
                                MaxNorm(wholeA.half[0]) + MaxNorm(wholeB.half[0]));
     }
 
-    bool Contact();
+    bool Contact() { return FindTouching().has_value(); }
     PointPair Closest();
     bool Penetration(PointPair& result);
 
@@ -418,8 +473,16 @@ class TwoMeshes {
         Pair pair;
         double squared;
     };
+    struct DeepPair {
+        Pair pair;
+        double bound;
+    };
 
+    std::optional<Pair> FindTouching();
     bool Touch(std::uint32_t a, std::uint32_t b);
+    bool AreFurther(std::uint32_t a, std::uint32_t b, const Nearest& nearest) const;
+    double FindLimit() const;
+    PointPair ClosestWithin(double limit);
     double DepthBoundOf(std::uint32_t a, std::uint32_t b);
     static View ViewOf(const PlacedTree& tree, const Place& place) {
         return place.node == MeshTree::kNone ? tree.Whole()
@@ -455,6 +518,8 @@ class TwoMeshes {
     Polygons m_polygonsA, m_polygonsB;
     const double m_radius;
     double m_slack;
+    Placed m_bareA, m_bareB;
+    const Vec3 m_reference;
 };
 
 bool TwoMeshes::Touch(std::uint32_t a, std::uint32_t b) {
@@ -474,7 +539,7 @@ double TwoMeshes::DepthBoundOf(std::uint32_t a, std::uint32_t b) {
     return DepthBound(triangleA, triangleB) + m_radius + m_slack;
 }
 
-bool TwoMeshes::Contact() {
+std::optional<TwoMeshes::Pair> TwoMeshes::FindTouching() {
     const View wholeA = m_a.Whole(), wholeB = m_b.Whole();
     const OverlapTest testA(m_a, wholeB, m_radius + m_slack);
     const OverlapTest testB(m_b, wholeA, m_radius + m_slack);
@@ -495,15 +560,70 @@ bool TwoMeshes::Contact() {
             if (!ArePolygons(next)) {
                 stack.Push(next);
             } else if (Touch(MeshTree::PolygonOf(next.linkA), MeshTree::PolygonOf(next.linkB))) {
-                return true;
+                return next;
             }
         }
     }
-    return false;
+    return std::nullopt;
+}
+
+/// The same quick look as of a convex body: normals, and the way between points that are near.
+bool TwoMeshes::AreFurther(std::uint32_t a, std::uint32_t b, const Nearest& nearest) const {
+    Triangle triangleA, triangleB;
+    if (!m_polygonsA.GetTriangle(a, triangleA) || !m_polygonsB.GetTriangle(b, triangleB) ||
+        triangleA.IsNeedle() || triangleB.IsNeedle())
+        return false;
+    const double least = nearest.Limit() + m_radius + m_slack;
+    const Vec3 onB =
+        PlaceAtTriangle(triangleB, (triangleA.corner[0] + triangleA.corner[1]) * 0.5).border;
+    const Vec3 onA = PlaceAtTriangle(triangleA, onB).border;
+    const Vec3 apart = onB - onA;
+    const Vec3 normalA = triangleA.Normal(), normalB = triangleB.Normal();
+    return IsBeyond(triangleB, triangleA, apart, least) ||
+           IsBeyond(triangleB, triangleA, Dot(normalA, apart) < 0 ? -normalA : normalA, least) ||
+           IsBeyond(triangleB, triangleA, Dot(normalB, apart) < 0 ? -normalB : normalB, least);
+}
+
+/// A distance of the cores that is found by going to and fro between the two, each time to the
+/// nearest point of the other: not less than the least, and mostly near to it.
+double TwoMeshes::FindLimit() const {
+    constexpr int kMaxSteps = 8;
+    constexpr double kWorthwhile = 0.95;
+    Core point;
+    point.centre = m_axes.of[0] * m_a.Whole().middle[0];
+    double limit = Aabb::kInfinity;
+    bool fromA = true;
+    for (int step = 0; step < kMaxSteps; ++step) {
+        const PointPair pair =
+            ConvexAndMesh(point, fromA ? m_bareB : m_bareA, m_reference).ClosestWithin(limit);
+        // The first point is of neither.
+        const bool better = pair.value < kWorthwhile * limit;
+        if (step > 0 && pair.value < limit)
+            limit = pair.value;
+        if (!better)
+            break;
+        point.centre = pair.point2;
+        fromA = !fromA;
+    }
+    return limit;
 }
 
 PointPair TwoMeshes::Closest() {
-    Nearest nearest;
+    if (const auto touching = FindTouching()) {
+        const PointPair common =
+            ConvexClosest(m_polygonsA.At(MeshTree::PolygonOf(touching->linkA)),
+                          m_polygonsB.At(MeshTree::PolygonOf(touching->linkB)));
+        if (common.value == 0)
+            return common;
+    }
+    const double limit = std::max(FindLimit() - m_radius, 0.0);
+    const PointPair nearest = ClosestWithin(limit + kBoxSlack * limit + m_slack);
+    // Rounding may have left nothing within a limit that is all but exact.
+    return nearest.value < Aabb::kInfinity ? nearest : ClosestWithin(Aabb::kInfinity);
+}
+
+PointPair TwoMeshes::ClosestWithin(double limit) {
+    Nearest nearest(limit);
     Stack<NearPair> stack;
     stack.Push({Roots(), 0});
     while (!stack.IsEmpty()) {
@@ -513,14 +633,16 @@ PointPair TwoMeshes::Closest() {
         if (ArePolygons(pair)) {
             const std::uint32_t a = MeshTree::PolygonOf(pair.linkA);
             const std::uint32_t b = MeshTree::PolygonOf(pair.linkB);
-            if (nearest.known) {
-                const Vec3& n = nearest.direction;
+            if (nearest.HasDirection()) {
+                const Vec3& n = nearest.Direction();
                 const double gap = -m_polygonsB.Reach(b, -n) - m_polygonsA.Reach(a, n);
-                if (gap - m_slack - m_radius >= nearest.best.value)
+                if (gap - m_slack - m_radius >= nearest.Limit())
                     continue;
             }
+            if (AreFurther(a, b, nearest))
+                continue;
             nearest.Take(ConvexClosest(m_polygonsA.At(a), m_polygonsB.At(b)));
-            if (nearest.best.value == 0)
+            if (nearest.Limit() == 0)
                 break;
             continue;
         }
@@ -538,46 +660,46 @@ PointPair TwoMeshes::Closest() {
         for (int i = 0; i < count; ++i)
             stack.Push({Opened(pair, opensA, node, order[i]), squared[order[i]]});
     }
-    return nearest.best;
+    return nearest.Best();
 }
 
+/// Depth first: among the polygons of two meshes the bounds on boxes tell little before the end, so
+/// that an order by them is not worth its price.
 bool TwoMeshes::Penetration(PointPair& result) {
     bool contact = false;
-    DepthQueue<Pair> queue(2 * m_slack);
-    DepthQueue<Pair>::Entry top;
-    queue.Push(Roots(), Aabb::kInfinity, false);
-    while (queue.Pop(contact, result.value, top)) {
-        const Pair& pair = top.link;
-        if (!ArePolygons(pair)) {
-            const View viewA = ViewOf(m_a, pair.a), viewB = ViewOf(m_b, pair.b);
-            const bool opensA = OpensA(pair, viewA, viewB);
-            const Node& node =
-                opensA ? m_a.Tree().NodeAt(pair.linkA) : m_b.Tree().NodeAt(pair.linkB);
-            double depth[kWidth];
-            if (opensA) {
-                m_a.Depths(node, viewB, m_slack, depth);
-            } else {
-                m_b.Depths(node, viewA, m_slack, depth);
-            }
-            for (int k = 0; k < kWidth && node.link[k] != MeshTree::kNone; ++k) {
-                if (depth[k] + m_radius >= 0)
-                    queue.Push(Opened(pair, opensA, node, k), depth[k] + m_radius, false);
+    const auto mayBeDeeper = [&](double bound) {
+        return contact ? IsDeeper(bound, result.value, m_slack) : bound >= 0;
+    };
+    Stack<DeepPair> stack;
+    stack.Push({Roots(), Aabb::kInfinity});
+    while (!stack.IsEmpty()) {
+        const auto [pair, bound] = stack.Pop();
+        if (!mayBeDeeper(bound))
+            continue;
+        if (ArePolygons(pair)) {
+            const std::uint32_t a = MeshTree::PolygonOf(pair.linkA);
+            const std::uint32_t b = MeshTree::PolygonOf(pair.linkB);
+            PointPair found;
+            if (mayBeDeeper(DepthBoundOf(a, b)) &&
+                ConvexPenetration(m_polygonsA.At(a), m_polygonsB.At(b), found) &&
+                (!contact || found.value > result.value)) {
+                contact = true;
+                result = found;
             }
             continue;
         }
-        const std::uint32_t a = MeshTree::PolygonOf(pair.linkA);
-        const std::uint32_t b = MeshTree::PolygonOf(pair.linkB);
-        if (!top.exact) {
-            const double bound = std::min(top.bound, DepthBoundOf(a, b));
-            if (bound >= 0)
-                queue.Push(pair, bound, true);
-            continue;
+        const View viewA = ViewOf(m_a, pair.a), viewB = ViewOf(m_b, pair.b);
+        const bool opensA = OpensA(pair, viewA, viewB);
+        const Node& node = opensA ? m_a.Tree().NodeAt(pair.linkA) : m_b.Tree().NodeAt(pair.linkB);
+        double depth[kWidth];
+        if (opensA) {
+            m_a.Depths(node, viewB, m_slack, depth);
+        } else {
+            m_b.Depths(node, viewA, m_slack, depth);
         }
-        PointPair found;
-        if (ConvexPenetration(m_polygonsA.At(a), m_polygonsB.At(b), found) &&
-            (!contact || found.value > result.value)) {
-            contact = true;
-            result = found;
+        for (int k = 0; k < kWidth && node.link[k] != MeshTree::kNone; ++k) {
+            if (mayBeDeeper(depth[k] + m_radius))
+                stack.Push({Opened(pair, opensA, node, k), depth[k] + m_radius});
         }
     }
     return contact;
@@ -586,16 +708,16 @@ bool TwoMeshes::Penetration(PointPair& result) {
 }  // namespace
 
 bool MeshContact(const Placed& convex, const Placed& mesh, const Vec3& reference) {
-    return ConvexAndMesh(convex, mesh, reference).Contact();
+    return ConvexAndMesh(MakeCore(convex, reference), mesh, reference).Contact();
 }
 
 PointPair MeshClosest(const Placed& convex, const Placed& mesh, const Vec3& reference) {
-    return ConvexAndMesh(convex, mesh, reference).Closest();
+    return ConvexAndMesh(MakeCore(convex, reference), mesh, reference).Closest();
 }
 
 bool MeshPenetration(const Placed& convex, const Placed& mesh, const Vec3& reference,
                      PointPair& result) {
-    return ConvexAndMesh(convex, mesh, reference).Penetration(result);
+    return ConvexAndMesh(MakeCore(convex, reference), mesh, reference).Penetration(result);
 }
 
 bool MeshesContact(const Placed& a, const Placed& b, const Vec3& reference) {

@@ -276,6 +276,25 @@ std::optional<bool> FilterTriangles(const Triangle& a, const Triangle& b, double
     return verdict.Touch();
 }
 
+namespace {
+
+bool IsGap(double gap, const Vec3& direction, double distance) {
+    return gap > 0 && gap * gap >= distance * distance * LengthSquared(direction);
+}
+
+}  // namespace
+
+bool IsBeyond(const Triangle& triangle, const Core& core, const Vec3& direction, double distance) {
+    const double reach = Dot(Support(core, direction), direction);
+    return IsGap(ExtentOf(triangle, direction).lower - reach, direction, distance);
+}
+
+bool IsBeyond(const Triangle& triangle, const Triangle& other, const Vec3& direction,
+              double distance) {
+    const double gap = ExtentOf(triangle, direction).lower - ExtentOf(other, direction).upper;
+    return IsGap(gap, direction, distance);
+}
+
 double DepthBound(const Triangle& triangle, const Core& core, const Mat3& axes) {
     LeastDepth depth;
     const Vec3* const p = triangle.corner;

@@ -29,6 +29,12 @@ std::optional<bool> FilterTriangleBox(const Triangle& triangle, const Vec3& half
 /// The same of two triangles with the sum of their radii.
 std::optional<bool> FilterTriangles(const Triangle& a, const Triangle& b, double radius);
 
+/// True if the triangle is at least `distance` beyond the core, or the other triangle, in this
+/// direction of any length.
+bool IsBeyond(const Triangle& triangle, const Core& core, const Vec3& direction, double distance);
+bool IsBeyond(const Triangle& triangle, const Triangle& other, const Vec3& direction,
+              double distance);
+
 /// At most how deep the triangle and the core, without radii, reach into each other; below 0 where
 /// they are apart for certain. `axes` are some of unit length along which to look as well.
 double DepthBound(const Triangle& triangle, const Core& core, const Mat3& axes);
