@@ -60,38 +60,46 @@ struct Place {
 class Polygons {
   public:
     Polygons(const Placed& mesh, const Vec3& reference) : m_tree(mesh.shape->Mesh()) {
-        const VertexSpan any = m_tree.Polygon(0);
-        m_core = MakeCore(mesh, reference, &any);
+        const VertexSpan none;
+        m_core = MakeCore(mesh, reference, &none);
         m_closed = !mesh.traits.large && !mesh.traits.small;
     }
     /// Valid until the next one is asked for.
     const Core& At(std::uint32_t index) {
-        m_core.vertices = m_tree.Polygon(index);
+        const int count = m_tree.CornerCount(index);
+        Vec3* corners = m_few.data();
+        if (count > static_cast<int>(m_few.size())) {
+            m_many.resize(static_cast<std::size_t>(count));
+            corners = m_many.data();
+        }
+        for (int i = 0; i < count; ++i)
+            corners[i] = m_tree.Corner(index, i);
+        m_core.vertices = {corners, count};
         return m_core;
     }
     /// False if the polygon is no triangle, or of a size that closed forms are not good for.
     bool GetTriangle(std::uint32_t index, Triangle& triangle) const {
-        const VertexSpan span = m_tree.Polygon(index);
-        if (span.count != 3 || !m_closed)
+        if (m_tree.CornerCount(index) != 3 || !m_closed)
             return false;
         for (int i = 0; i < 3; ++i)
-            triangle.corner[i] = m_core.linear * span.points[i] + m_core.centre;
+            triangle.corner[i] = m_core.linear * m_tree.Corner(index, i) + m_core.centre;
         return true;
     }
     double Radius() const { return m_core.radius; }
     /// How far the polygon reaches along a direction.
     double Reach(std::uint32_t index, const Vec3& direction) const {
-        const VertexSpan span = m_tree.Polygon(index);
         const Vec3 local = m_core.linear.TransposeTimes(direction);
         double most = -Aabb::kInfinity;
-        for (int i = 0; i < span.count; ++i)
-            most = std::max(most, Dot(local, span.points[i]));
+        for (int i = 0; i < m_tree.CornerCount(index); ++i)
+            most = std::max(most, Dot(local, m_tree.Corner(index, i)));
         return most + Dot(m_core.centre, direction);
     }
 
   private:
     const MeshTree& m_tree;
     Core m_core;
+    std::array<Vec3, 4> m_few;
+    std::vector<Vec3> m_many;  ///< for a polygon of more corners
     bool m_closed;
 };
 

@@ -220,7 +220,8 @@ void MeshTree::Builder::Build() {
 }
 
 MeshTree::MeshTree(const std::vector<Vec3>& points, const std::vector<int>& counts,
-                   const Vec3& centre) {
+                   const Vec3& centre)
+    : m_centre(centre) {
     // Where the points of each polygon that stays begin, and their number.
     std::vector<std::pair<std::size_t, int>> polygons;
     polygons.reserve(counts.size());
@@ -237,7 +238,6 @@ MeshTree::MeshTree(const std::vector<Vec3>& points, const std::vector<int>& coun
             m_bounds.Include(points[i] - centre);
         polygons.emplace_back(first, count);
     }
-    m_starts.push_back(0);
     if (polygons.empty())
         return;
 
@@ -259,15 +259,25 @@ MeshTree::MeshTree(const std::vector<Vec3>& points, const std::vector<int>& coun
     m_nodes.shrink_to_fit();
 
     std::size_t total = 0;
-    for (const auto& [first, count] : polygons)
+    bool triangles = true;
+    for (const auto& [first, count] : polygons) {
         total += static_cast<std::size_t>(count);
+        triangles = triangles && count == 3;
+    }
     m_points.reserve(total);
-    m_starts.reserve(polygons.size() + 1);
+    if (!triangles) {
+        m_starts.reserve(polygons.size() + 1);
+        m_starts.push_back(0);
+    }
     for (const Item& item : items) {
         const auto& [first, count] = polygons[item.polygon];
-        for (std::size_t i = first; i < first + static_cast<std::size_t>(count); ++i)
-            m_points.push_back(points[i] - centre);
-        m_starts.push_back(static_cast<std::int32_t>(m_points.size()));
+        for (std::size_t i = first; i < first + static_cast<std::size_t>(count); ++i) {
+            const Vec3& p = points[i];
+            m_points.push_back(
+                {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z)});
+        }
+        if (!triangles)
+            m_starts.push_back(static_cast<std::uint32_t>(m_points.size()));
     }
 }
 

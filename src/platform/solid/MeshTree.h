@@ -26,14 +26,20 @@ class MeshTree {
         std::uint32_t link[kWidth];
     };
 
-    /// `counts[i]` points for polygon i. The tree's points are relative to `centre`.
+    /// `counts[i]` points for polygon i, all of single precision. The tree's own coordinates are
+    /// relative to `centre`.
     MeshTree(const std::vector<Vec3>& points, const std::vector<int>& counts, const Vec3& centre);
 
-    int PolygonCount() const { return static_cast<int>(m_starts.size()) - 1; }
+    bool IsEmpty() const { return m_nodes.empty(); }
     /// Polygons are numbered anew, those of one node in a row.
-    VertexSpan Polygon(std::uint32_t index) const {
-        const std::size_t i = index;
-        return {m_points.data() + m_starts[i], m_starts[i + 1] - m_starts[i]};
+    int CornerCount(std::uint32_t polygon) const {
+        return m_starts.empty() ? 3 : static_cast<int>(m_starts[polygon + 1U] - m_starts[polygon]);
+    }
+    Vec3 Corner(std::uint32_t polygon, int i) const {
+        const std::uint32_t start = m_starts.empty() ? 3 * polygon : m_starts[polygon];
+        const Point& p = m_points[start + static_cast<std::uint32_t>(i)];
+        return Vec3{static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)} -
+               m_centre;
     }
     /// Node 0 is the root. There is at least one polygon.
     const Node& NodeAt(std::uint32_t index) const { return m_nodes[index]; }
@@ -51,9 +57,14 @@ class MeshTree {
     struct Item;
     class Builder;
 
-    std::vector<Vec3> m_points;
-    std::vector<std::int32_t> m_starts;
+    struct Point {
+        float x, y, z;
+    };
+
+    std::vector<Point> m_points;
+    std::vector<std::uint32_t> m_starts;  ///< empty if all polygons are triangles
     std::vector<Node> m_nodes;
+    Vec3 m_centre;
     Aabb m_bounds;
     double m_unit = 1;
 };

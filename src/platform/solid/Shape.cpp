@@ -125,7 +125,7 @@ void Shape::BuildMesh(const std::vector<Vec3>& points, const std::vector<int>& c
     if (bounds.IsEmpty())
         return;
     auto tree = std::make_unique<MeshTree>(points, counts, bounds.Centre());
-    if (tree->PolygonCount() == 0)
+    if (tree->IsEmpty())
         return;
     m_centre = bounds.Centre();
     m_mesh = std::move(tree);

@@ -41,8 +41,9 @@ class Shape {
     static std::unique_ptr<Shape> NewUnbuilt(ShapeKind kind);
     /// Points that are not finite are left out; with no point left the shape is empty.
     void BuildPolytope(std::vector<Vec3> points);
-    /// `counts[i]` points of `points` for polygon i, one after the other. A polygon with a point
-    /// that is not finite, or without points, is left out; with no polygon left the shape is empty.
+    /// `counts[i]` points of `points` for polygon i, one after the other, all of single precision.
+    /// A polygon with a point that is not finite, or without points, is left out; with no polygon
+    /// left the shape is empty.
     void BuildMesh(const std::vector<Vec3>& points, const std::vector<int>& counts);
     ~Shape();
     Shape(const Shape&) = delete;
