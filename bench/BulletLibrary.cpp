@@ -1,8 +1,10 @@
 #include <BulletCollision/Gimpact/btGImpactShape.h>
 #include <btBulletCollisionCommon.h>
 
+#include <algorithm>
 #include <deque>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -21,7 +23,7 @@ using bullet::ToVector;
 /// Without the margins that round edges off or grow a shape, for these make wrong answers. A mesh
 /// has none here.
 std::unique_ptr<btConvexShape> ConvexShapeOf(const Spec& spec) {
-    const float a = spec.size[0], b = spec.size[1], c = spec.size[2];
+    const btScalar a = spec.size[0], b = spec.size[1], c = spec.size[2];
     std::unique_ptr<btConvexShape> shape;
     switch (spec.kind) {
         case oracle::Kind::kBox:
@@ -67,9 +69,11 @@ std::unique_ptr<btTriangleMesh> TrianglesOf(const Spec& spec) {
     return triangles;
 }
 
-btTransform PlaceOf(const Matrix& m) {
+btTransform PlaceOf(const Matrix& matrix) {
+    btScalar m[16];
+    std::copy(matrix.begin(), matrix.end(), m);
     btTransform place;
-    place.setFromOpenGLMatrix(m.data());
+    place.setFromOpenGLMatrix(m);
     return place;
 }
 
@@ -85,7 +89,7 @@ template <typename Way>
 class BulletLibrary : public Library {
   public:
     BulletLibrary() {
-        m_point.shape = std::make_unique<btSphereShape>(0.0f);
+        m_point.shape = std::make_unique<btSphereShape>(btScalar(0));
         m_point.object.setCollisionShape(m_point.shape.get());
         m_point.object.setWorldTransform(btTransform::getIdentity());
     }
@@ -238,7 +242,7 @@ class BulletLibrary : public Library {
     }
     /// With the margin of its own broad phase, so that small moves cost little.
     void UpdateBounds(Placed& placed) {
-        constexpr btScalar kMargin = 0.05f;
+        constexpr btScalar kMargin = btScalar(0.05);
         if (placed.leaf != nullptr) {
             btDbvtVolume bounds = BoundsOf(placed);
             GroupOf(placed.group).tree.update(placed.leaf, bounds, kMargin);
@@ -268,14 +272,17 @@ class BulletLibrary : public Library {
 }  // namespace
 
 std::vector<LibraryKind> BulletLibraries() {
+    // Built for one or the other precision.
+    const std::string bits = sizeof(btScalar) == sizeof(double) ? "64" : "";
     return {
-        {"bullet-pair", [] { return std::make_unique<BulletLibrary<bullet::PairDetector>>(); },
+        {"bullet-pair" + bits,
+         [] { return std::make_unique<BulletLibrary<bullet::PairDetector>>(); },
          kContact | kDistance | kDepth},
-        {"bullet-epa", [] { return std::make_unique<BulletLibrary<bullet::GjkEpa>>(); },
+        {"bullet-epa" + bits, [] { return std::make_unique<BulletLibrary<bullet::GjkEpa>>(); },
          kContact | kDistance | kDepth},
-        {"bullet-world", [] { return std::make_unique<BulletLibrary<bullet::World>>(); },
+        {"bullet-world" + bits, [] { return std::make_unique<BulletLibrary<bullet::World>>(); },
          kContact | kDepth | kScenes | kMeshContact},
-        {"bullet-direct", [] { return std::make_unique<BulletLibrary<bullet::Direct>>(); },
+        {"bullet-direct" + bits, [] { return std::make_unique<BulletLibrary<bullet::Direct>>(); },
          kContact | kDepth, true},
     };
 }

@@ -15,7 +15,7 @@ inline btVector3 ToVector(const Point& p) {
 }
 
 inline Point ToPoint(const btVector3& v) {
-    return {v.x(), v.y(), v.z()};
+    return {static_cast<float>(v.x()), static_cast<float>(v.y()), static_cast<float>(v.z())};
 }
 
 struct Placed {

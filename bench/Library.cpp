@@ -13,12 +13,14 @@ std::vector<LibraryKind> Collect() {
         all.insert(all.end(), std::make_move_iterator(kinds.begin()),
                    std::make_move_iterator(kinds.end()));
     };
+#ifdef BENCH_OURS
     append(SolidLibraries());
     append(PublicLibraries());
+#endif
 #ifdef BENCH_FCL
     append(FclLibraries());
 #endif
-#ifdef BENCH_BULLET
+#if defined(BENCH_BULLET) || defined(BENCH_BULLET64)
     append(BulletLibraries());
 #endif
     return all;
