@@ -20,9 +20,16 @@ template <std::uint64_t SortKey::*part>
 void SortByDigits(std::vector<SortKey>& keys, std::vector<SortKey>& spare) {
     std::uint64_t least = keys[0].*part;
     std::uint64_t most = least;
+    std::uint64_t last = least;
+    bool sorted = true;
     for (const SortKey& key : keys) {
         least = std::min(least, key.*part);
         most = std::max(most, key.*part);
+        sorted = sorted && last <= key.*part;
+        last = key.*part;
+    }
+    if (sorted) {
+        return;
     }
     for (unsigned shift = 0; shift < 64 && (most - least) >> shift != 0; shift += kDigitBits) {
         const auto digit = [least, shift](const SortKey& key) {

@@ -90,6 +90,12 @@ class WideTree {
     class SlantLanes;
     class Builder;
 
+    static void Prefetch(const Node& node) {
+#if defined(__GNUC__)
+        __builtin_prefetch(&node);
+        __builtin_prefetch(node.link);
+#endif
+    }
     template <class Lanes, class Visit>
     void Walk(const Lanes& lanes, Visit&& visit) const;
     template <class Visit>
@@ -119,12 +125,11 @@ class WideTree::BoxLanes {
         }
     }
     unsigned Overlapping(const Node& node) const {
-        __m128 all = _mm_and_ps(_mm_cmple_ps(_mm_load_ps(node.lower[0]), m_upper[0]),
-                                _mm_cmple_ps(m_lower[0], _mm_load_ps(node.upper[0])));
-        for (int a = 1; a < 3; ++a) {
-            all = _mm_and_ps(all, _mm_cmple_ps(_mm_load_ps(node.lower[a]), m_upper[a]));
-            all = _mm_and_ps(all, _mm_cmple_ps(m_lower[a], _mm_load_ps(node.upper[a])));
-        }
+        const auto along = [&](int a) {
+            return _mm_and_ps(_mm_cmple_ps(_mm_load_ps(node.lower[a]), m_upper[a]),
+                              _mm_cmple_ps(m_lower[a], _mm_load_ps(node.upper[a])));
+        };
+        const __m128 all = _mm_and_ps(_mm_and_ps(along(0), along(1)), along(2));
         return static_cast<unsigned>(_mm_movemask_ps(all));
     }
 
@@ -241,7 +246,9 @@ void WideTree::Walk(const Lanes& lanes, Visit&& visit) const {
         if (inner != 0) {
             const Node* const next = &m_nodes[node->link[std::countr_zero(inner)]];
             while ((inner &= inner - 1) != 0) {
-                waiting[waitingCount++] = node->link[std::countr_zero(inner)];
+                const std::uint32_t link = node->link[std::countr_zero(inner)];
+                Prefetch(m_nodes[link]);
+                waiting[waitingCount++] = link;
             }
             node = next;
         } else if (waitingCount > 0) {
