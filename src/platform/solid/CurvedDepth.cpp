@@ -14,30 +14,27 @@ struct Piece {
     int count = 0;
 };
 
-/// The piece that holds the support point along `direction`.
-Piece PieceAt(const Core& core, const Vec3& direction) {
+/// The piece of a core that a point of its border lies on, which is a support point.
+Piece PieceAt(const Core& core, const Vec3& point) {
     Piece piece;
-    switch (core.kind) {
-        case CoreKind::kCylinder:
-        case CoreKind::kCone: {
-            const Vec3 local = LocalSupport(core, core.linear.TransposeTimes(direction));
-            piece.centre = core.centre + core.linear.col[1] * local.y;
-            if (core.kind == CoreKind::kCone && local.y > 0)
-                break;
-            piece.axes[0] = core.linear.col[0] * core.half.x;
-            piece.axes[1] = core.linear.col[2] * core.half.x;
-            piece.count = 2;
-            break;
-        }
-        case CoreKind::kEllipsoid:
-            piece.centre = core.centre;
-            for (int i = 0; i < 3; ++i)
-                piece.axes[i] = core.linear.col[i] * core.half.x;
-            piece.count = 3;
-            break;
-        default:
-            piece.centre = Support(core, direction);
-            break;
+    piece.centre = point;
+    if (core.kind == CoreKind::kEllipsoid) {
+        piece.centre = core.centre;
+        for (int i = 0; i < 3; ++i)
+            piece.axes[i] = core.linear.col[i] * core.half.x;
+        piece.count = 3;
+    } else if (core.kind == CoreKind::kCylinder || core.kind == CoreKind::kCone) {
+        const Vec3 axis = core.linear.col[1] * core.half.y;
+        const Vec3 p = core.linear.col[0], q = core.linear.col[2];
+        const Vec3 normal = Cross(p, q);
+        const Vec3 fromMiddle = point - core.centre;
+        const bool up = Dot(normal, fromMiddle) * Dot(normal, axis) > 0;
+        piece.centre = up ? core.centre + axis : core.centre - axis;
+        if (core.kind == CoreKind::kCone && up)
+            return piece;
+        piece.axes[0] = p * core.half.x;
+        piece.axes[1] = q * core.half.x;
+        piece.count = 2;
     }
     return piece;
 }
@@ -85,11 +82,11 @@ struct FamilyPoint {
 class Refinement {
   public:
     Refinement(const Core& a, const Core& b) : m_a(a), m_b(b) {}
-    bool Run(const Vec3& start, const Vec3* directions, int count, LocalDepth& local);
+    bool Run(const Vec3& start, const SupportPoint (&corners)[3], LocalDepth& local);
 
   private:
-    Family FamilyAt(const Vec3& direction) const {
-        return {{PieceAt(m_a, direction), PieceAt(m_b, -direction)}};
+    Family FamilyAt(const SupportPoint& point) const {
+        return {{PieceAt(m_a, point.a), PieceAt(m_b, point.b)}};
     }
     bool Add(const Family& family);
     void Drop(int index);
@@ -173,7 +170,7 @@ bool Refinement::Evaluate(int index) {
 
 /// Takes in the family that holds the support point.
 bool Refinement::IncludeHighest() {
-    return !Add(FamilyAt(m_n)) || Evaluate(m_count - 1);
+    return !Add(FamilyAt(SupportDifference(m_a, m_b, m_n))) || Evaluate(m_count - 1);
 }
 
 /// Finds the point nearest to the foot of the origin between the families' points, and drops the
@@ -312,10 +309,10 @@ bool Refinement::Step(Vec3& step) {
     return true;
 }
 
-bool Refinement::Run(const Vec3& start, const Vec3* directions, int count, LocalDepth& local) {
+bool Refinement::Run(const Vec3& start, const SupportPoint (&corners)[3], LocalDepth& local) {
     m_n = start;
-    for (int i = 0; i < count; ++i)
-        Add(FamilyAt(directions[i]));
+    for (const SupportPoint& corner : corners)
+        Add(FamilyAt(corner));
     double last = 1;
     for (int i = 0; i < kMaxRefinements; ++i) {
         for (int k = 0; k < m_count; ++k) {
@@ -451,16 +448,58 @@ bool FindEndDepth(const Core& core, const Core& other, double side, LocalDepth& 
     return true;
 }
 
+bool IsRound(const Core& core) {
+    return core.traits.rigid &&
+           (core.kind == CoreKind::kCylinder || core.kind == CoreKind::kCone) && core.half.x > 0;
+}
+
+/// The normal of the side of a round core in the plane of its axis and `radial`, both unit.
+Vec3 SideNormal(const Core& core, const Vec3& axis, const Vec3& radial) {
+    if (core.kind == CoreKind::kCylinder)
+        return radial;
+    const double height = 2 * core.half.y * Length(core.linear.col[1]);
+    const double radius = core.half.x * Length(core.linear.col[0]);
+    const Vec3 normal = radial * height + axis * radius;
+    return normal * (1 / Length(normal));
+}
+
 }  // namespace
+
+/// The difference is a body of revolution. Its profile is the sum of the two profiles, and the
+/// least depth is across one of the profile's sides.
+bool FindParallelDepth(const Core& a, const Core& b, DepthResult& result) {
+    if (!IsRound(a) || !IsRound(b))
+        return false;
+    const Vec3 axisA = a.linear.col[1] * (1 / Length(a.linear.col[1]));
+    const Vec3 axisB = b.linear.col[1] * (1 / Length(b.linear.col[1]));
+    if (!(LengthSquared(Cross(axisA, axisB)) <= kRigid * kRigid))
+        return false;
+    const Vec3 apart = b.centre - a.centre;
+    const Vec3 across = apart - axisA * Dot(apart, axisA);
+    const double distance = Length(across);
+    const Vec3 radial = distance > 0 ? across * (1 / distance) : Perpendicular(axisA);
+    result.depth = Aabb::kInfinity;
+    for (const Vec3& n :
+         {axisA, -axisA, SideNormal(a, axisA, radial), -SideNormal(b, axisB, -radial)}) {
+        const double height = Dot(SupportDifference(a, b, n).w, n);
+        if (height < result.depth) {
+            result.depth = height;
+            result.axis = n;
+        }
+    }
+    result.depth = std::max(result.depth, 0.0);
+    FindDepthPoints(a, b, result);
+    return true;
+}
 
 bool IsCurved(const Core& core) {
     return core.kind == CoreKind::kCylinder || core.kind == CoreKind::kCone ||
            core.kind == CoreKind::kEllipsoid;
 }
 
-bool RefineDepth(const Core& a, const Core& b, const Vec3& start, const Vec3* families, int count,
+bool RefineDepth(const Core& a, const Core& b, const Vec3& start, const SupportPoint (&corners)[3],
                  LocalDepth& local) {
-    return Refinement(a, b).Run(start, families, count, local);
+    return Refinement(a, b).Run(start, corners, local);
 }
 
 int FindEndDepths(const Core& a, const Core& b, LocalDepth* locals) {

@@ -20,11 +20,13 @@ struct LocalDepth {
 /// True for a core that is no polytope.
 bool IsCurved(const Core& core);
 
-/// Refines a direction near a local depth. `families` are directions whose support points lie on
-/// the pieces of the bodies that are to touch there, at most three; double ones may be among them.
-/// False if there is no such depth, or the iteration does not find it.
-bool RefineDepth(const Core& a, const Core& b, const Vec3& start, const Vec3* families, int count,
+/// Refines a direction near a local depth. The corners of a face near it lie on the pieces of the
+/// bodies that touch there. False if there is no such depth, or the iteration does not find it.
+bool RefineDepth(const Core& a, const Core& b, const Vec3& start, const SupportPoint (&corners)[3],
                  LocalDepth& local);
+
+/// The depth of two round cylinders or cones with parallel axes. False if they are not that.
+bool FindParallelDepth(const Core& a, const Core& b, DepthResult& result);
 
 /// The depths across the flat ends of cylinders and cones, where the point under the origin lies
 /// within the end. At most four; gives their number.

@@ -44,23 +44,28 @@ struct FaceEdge {
     std::int32_t face, edge;
 };
 
+/// An edge of the faces that a new point sees: the edge of the face beyond, and its vertices as
+/// they are passed by who goes round those faces to the left.
+struct RimEdge {
+    std::int32_t face, edge;
+    std::int32_t from, to;
+};
+
 /// The lists of an expansion. They are kept from query to query of a thread, since making them anew
 /// takes longer than a query does.
 struct Workspace {
     std::vector<SupportPoint> points;
-    std::vector<Vec3> directions;     ///< by point: that it was found with, or zero
     std::vector<std::int32_t> rimOf;  ///< by point: the last rim that it was on, as its apex
     std::vector<Face> faces;          ///< the first `faceCount` of them
     std::size_t faceCount = 0;
     std::vector<Candidate> heap;
     std::vector<std::int32_t> visible;
     std::vector<FaceEdge> open;
-    std::vector<FaceEdge> rim;
+    std::vector<RimEdge> rim;
     LocalDepth locals[kMaxLocalDepths];
 
     void Clear() {
         points.clear();
-        directions.clear();
         rimOf.clear();
         faceCount = 0;
         heap.clear();
@@ -86,19 +91,19 @@ class Expansion {
     std::optional<DepthResult> MakeTetrahedron();
     DepthResult Flat(const Vec3& unit, const SupportPoint& anyPoint);
     bool AddTetrahedron(const SupportPoint* corners);
-    std::int32_t AddPoint(const SupportPoint& point, const Vec3& direction);
+    std::int32_t AddPoint(const SupportPoint& point);
     Face& FaceAt(std::int32_t index) { return m_space.faces[static_cast<std::size_t>(index)]; }
     const Vec3& W(std::int32_t point) const {
         return m_space.points[static_cast<std::size_t>(point)].w;
     }
-    bool AddFace(std::int32_t i, std::int32_t j, std::int32_t k);
+    bool AddFace(std::int32_t i, std::int32_t j, std::int32_t k, const Vec3& toI, const Vec3& toJ);
     void Join(FaceEdge one, FaceEdge other);
-    bool Expand(std::int32_t face, const SupportPoint& point, const Vec3& direction);
+    bool Expand(std::int32_t face, const SupportPoint& point);
     bool CollectRim(std::int32_t face, std::int32_t apex);
     DepthResult Finish(const Vec3& axis, double height);
     void Take(const LocalDepth& local);
     void Refine(std::int32_t face, const Vec3& normal, double offset, double height);
-    void Insert(const SupportPoint& point, const Vec3& direction);
+    void Insert(const SupportPoint& point);
     bool IsWithin(std::int32_t face, const LocalDepth& local, double open);
     bool IsSettled(std::int32_t face, double open);
 
@@ -211,10 +216,11 @@ std::optional<DepthResult> Expansion::MakeTetrahedron() {
 /// Of four points of which the last lies below the first three. False if a face has no area.
 bool Expansion::AddTetrahedron(const SupportPoint* corners) {
     for (int i = 0; i < 4; ++i)
-        AddPoint(corners[i], {});
+        AddPoint(corners[i]);
     static constexpr std::int32_t kCorners[4][3] = {{0, 1, 2}, {0, 3, 1}, {1, 3, 2}, {2, 3, 0}};
     for (const auto& c : kCorners) {
-        if (!AddFace(c[0], c[1], c[2])) {
+        const Vec3& last = corners[c[2]].w;
+        if (!AddFace(c[0], c[1], c[2], corners[c[0]].w - last, corners[c[1]].w - last)) {
             m_space.Clear();
             return false;
         }
@@ -226,26 +232,24 @@ bool Expansion::AddTetrahedron(const SupportPoint* corners) {
     return true;
 }
 
-std::int32_t Expansion::AddPoint(const SupportPoint& point, const Vec3& direction) {
+std::int32_t Expansion::AddPoint(const SupportPoint& point) {
     m_space.points.push_back(point);
-    m_space.directions.push_back(direction);
     m_space.rimOf.push_back(-1);
     return static_cast<std::int32_t>(m_space.points.size()) - 1;
 }
 
-/// Adds a face without neighbours to the list, unless its corners stand in a line.
-bool Expansion::AddFace(std::int32_t i, std::int32_t j, std::int32_t k) {
-    const Vec3& p = W(i);
-    const Vec3 pq = W(j) - p;
-    const Vec3 pr = W(k) - p;
-    const Vec3 normal = Cross(pq, pr);
+/// Adds a face without neighbours to the list, unless its corners stand in a line. `toI` and `toJ`
+/// lead from the corner k to the two others.
+bool Expansion::AddFace(std::int32_t i, std::int32_t j, std::int32_t k, const Vec3& toI,
+                        const Vec3& toJ) {
+    const Vec3 normal = Cross(toI, toJ);
     const double squared = LengthSquared(normal);
-    const double longest = std::max(LengthSquared(pq), LengthSquared(pr));
+    const double longest = std::max(LengthSquared(toI), LengthSquared(toJ));
     if (!(squared > kFaceArea * kFaceArea * longest * longest))
         return false;
     const Vec3 unit = normal * (1 / std::sqrt(squared));
     // The mean over the corners balances the rounding.
-    const double offset = Dot(p, unit) + Dot(pq + pr, unit) * (1.0 / 3);
+    const double offset = Dot(W(k), unit) + Dot(toI + toJ, unit) * (1.0 / 3);
     const auto index = static_cast<std::int32_t>(m_space.faceCount);
     Face& face = m_space.NewFace();
     face.vertex[0] = i;
@@ -302,35 +306,31 @@ bool Expansion::CollectRim(std::int32_t face, std::int32_t apex) {
             visible.push_back(next.face);
             // The two other edges, the one after `next.edge` on top.
             enter(other, next.edge > 0 ? next.edge - 1 : 2, 2);
-        } else {
-            rim.push_back(next);
+            continue;
         }
-    }
-    // One simple ring: each edge ends where the following one starts, and no vertex comes twice.
-    if (rim.size() < 3)
-        return false;
-    std::int32_t end = FaceAt(rim.back().face).vertex[rim.back().edge];
-    for (const FaceEdge& edge : rim) {
-        const Face& outside = FaceAt(edge.face);
-        const std::int32_t start = outside.vertex[Following(edge.edge)];
-        std::int32_t& seenBy = m_space.rimOf[static_cast<std::size_t>(start)];
-        if (start != end || seenBy == apex)
+        // One simple ring: each edge starts where the one before ends, and no vertex comes twice.
+        const std::int32_t from = other.vertex[Following(next.edge)];
+        std::int32_t& seenBy = m_space.rimOf[static_cast<std::size_t>(from)];
+        if (seenBy == apex || (!rim.empty() && rim.back().to != from))
             return false;
         seenBy = apex;
-        end = outside.vertex[edge.edge];
+        rim.push_back({next.face, next.edge, from, other.vertex[next.edge]});
     }
-    return true;
+    return rim.size() >= 3 && rim.back().to == rim.front().from;
 }
 
 /// Adds a point above `face`. False, and nothing changed, when rounding stands in the way.
-bool Expansion::Expand(std::int32_t face, const SupportPoint& point, const Vec3& direction) {
+bool Expansion::Expand(std::int32_t face, const SupportPoint& point) {
     const auto before = static_cast<std::int32_t>(m_space.faceCount);
-    const std::int32_t apex = AddPoint(point, direction);
+    const std::int32_t apex = AddPoint(point);
     bool good = CollectRim(face, apex);
+    const Vec3 top = point.w;
+    Vec3 toFrom = good ? W(m_space.rim.front().from) - top : Vec3{};
     for (std::size_t i = 0; good && i < m_space.rim.size(); ++i) {
-        const FaceEdge& edge = m_space.rim[i];
-        const Face& outside = FaceAt(edge.face);
-        good = AddFace(outside.vertex[Following(edge.edge)], outside.vertex[edge.edge], apex);
+        const RimEdge& edge = m_space.rim[i];
+        const Vec3 to = W(edge.to) - top;
+        good = AddFace(edge.from, edge.to, apex, toFrom, to);
+        toFrom = to;
     }
     if (!good) {
         for (const std::int32_t seen : m_space.visible)
@@ -343,7 +343,8 @@ bool Expansion::Expand(std::int32_t face, const SupportPoint& point, const Vec3&
     }
     const auto count = static_cast<std::int32_t>(m_space.rim.size());
     for (std::int32_t i = 0; i < count; ++i) {
-        Join({before + i, 0}, m_space.rim[static_cast<std::size_t>(i)]);
+        const RimEdge& edge = m_space.rim[static_cast<std::size_t>(i)];
+        Join({before + i, 0}, {edge.face, edge.edge});
         Join({before + i, 1}, {before + (i + 1 < count ? i + 1 : 0), 2});
     }
     return true;
@@ -369,8 +370,7 @@ DepthResult Expansion::Finish(const Vec3& axis, double height) {
             leaving = &face;
         }
     }
-    if (leaving == nullptr ||
-        !(std::fabs(exit - result.depth) <= kDepthGap * height + kFootOutside * m_scale)) {
+    if (leaving == nullptr || !(std::fabs(exit - result.depth) <= kPointGap * m_scale)) {
         FindDepthPoints(m_a, m_b, result);
         return result;
     }
@@ -391,7 +391,7 @@ DepthResult Expansion::Finish(const Vec3& axis, double height) {
         a += corner[i]->a * (weight[i] / sum);
         b += corner[i]->b * (weight[i] / sum);
     }
-    if (!(Length(a - b - axis * result.depth) <= kDepthGap * height + kFootOutside * m_scale)) {
+    if (!(Length(a - b - axis * result.depth) <= kPointGap * m_scale)) {
         FindDepthPoints(m_a, m_b, result);
         return result;
     }
@@ -423,15 +423,11 @@ void Expansion::Refine(std::int32_t face, const Vec3& normal, double offset, dou
             return;
     }
     ++m_refined;
-    Vec3 families[3];
-    int count = 0;
-    for (const std::int32_t vertex : FaceAt(face).vertex) {
-        const Vec3& direction = m_space.directions[static_cast<std::size_t>(vertex)];
-        if (!(direction == Vec3{}))
-            families[count++] = direction;
-    }
+    SupportPoint corners[3];
+    for (int i = 0; i < 3; ++i)
+        corners[i] = m_space.points[static_cast<std::size_t>(FaceAt(face).vertex[i])];
     LocalDepth local;
-    if (!RefineDepth(m_a, m_b, normal, families, count, local))
+    if (!RefineDepth(m_a, m_b, normal, corners, local))
         return;
     // Another piece of the border may reach further.
     const SupportPoint point = SupportDifference(m_a, m_b, local.deep.axis);
@@ -439,15 +435,15 @@ void Expansion::Refine(std::int32_t face, const Vec3& normal, double offset, dou
         return;
     Take(local);
     for (int i = 0; i < local.count; ++i)
-        Insert(local.points[i], local.deep.axis);
+        Insert(local.points[i]);
 }
 
 /// Makes a point a vertex if it lies outside the hull.
-void Expansion::Insert(const SupportPoint& point, const Vec3& direction) {
+void Expansion::Insert(const SupportPoint& point) {
     for (auto face = static_cast<std::int32_t>(m_space.faceCount) - 1; face >= 0; --face) {
         const Face& f = FaceAt(face);
         if (f.alive && Dot(f.normal, point.w) - f.offset > kDepthFloor * m_scale) {
-            Expand(face, point, direction);
+            Expand(face, point);
             return;
         }
     }
@@ -510,6 +506,7 @@ DepthResult Expansion::Run(const Simplex* start) {
             Take(ends[i]);
     }
     auto& heap = m_space.heap;
+    double gap = kDepthGap;
     for (int step = 0; step < kMaxDepthSteps && !heap.empty();) {
         const Candidate candidate = heap.front();
         std::pop_heap(heap.begin(), heap.end());
@@ -519,19 +516,21 @@ DepthResult Expansion::Run(const Simplex* start) {
         ++step;
         const Vec3 normal = FaceAt(candidate.face).normal;
         const double offset = candidate.offset;
-        const double enough = kDepthGap * m_best + kDepthFloor * m_scale;
+        if (m_curved && step > kPatientSteps)
+            gap = std::min(gap * kGapGrowth, kWidestGap);
+        const double enough = gap * m_best + kDepthFloor * m_scale;
         if (offset >= m_best - enough)
             break;  // no direction can do better than the best one so far
         if (IsSettled(candidate.face, m_best - enough))
             continue;
         const SupportPoint point = Probe(normal);
         const double height = Dot(point.w, normal);
-        if (height - offset <= kDepthGap * height + kDepthFloor * m_scale) {
+        if (height - offset <= gap * height + kDepthFloor * m_scale) {
             if (height <= m_best + enough)
                 return m_bestLocal < 0 ? Finish(normal, height) : Finish(m_bestAxis, m_best);
             continue;
         }
-        if (Expand(candidate.face, point, normal) && m_curved)
+        if (Expand(candidate.face, point) && m_curved)
             Refine(candidate.face, normal, offset, height);
     }
     return Finish(m_bestAxis, m_best);
@@ -550,6 +549,9 @@ void FindDepthPoints(const Core& a, const Core& b, DepthResult& result) {
 }
 
 DepthResult ExpandPolytope(const Core& a, const Core& b, const Simplex* start) {
+    DepthResult result;
+    if (FindParallelDepth(a, b, result))
+        return result;
     thread_local Workspace space;
     return Expansion(a, b, space).Run(start);
 }

@@ -28,7 +28,17 @@ inline constexpr double kDistanceFloor = 1e-14;
 /// Unit: the depth found. The expansion ends when the certified lower bound and the depth found
 /// differ by less. Polytopes end exactly; for curved shapes the number of faces grows with its
 /// inverse.
-inline constexpr double kDepthGap = 1e-5;
+inline constexpr double kDepthGap = 1e-6;
+
+/// Where the height is the same in all directions of a ring or more, as of coaxial bodies of
+/// revolution, the number of faces would grow without end: after so many steps the gap grows by
+/// this factor at each, up to the widest.
+inline constexpr int kPatientSteps = 64;
+inline constexpr double kGapGrowth = 1.1;
+inline constexpr double kWidestGap = 5e-5;
+
+/// Unit: scale of the pair. The points that have a depth may lie off their bodies by as much.
+inline constexpr double kPointGap = 1e-6;
 
 /// Unit: scale of the pair. The same, absolute; also the height above which a point sees a face.
 inline constexpr double kDepthFloor = 1e-13;
