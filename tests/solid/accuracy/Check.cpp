@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
-#include <numeric>
 
 #include "Convex.h"
 #include "Depth.h"
@@ -19,8 +18,8 @@ const char* Name(Fault fault) {
     return kNames[static_cast<int>(fault)];
 }
 
-int Tally::FaultCount() const {
-    return std::accumulate(faults, faults + kFaultCount, 0);
+bool Tally::HasFaults() const {
+    return std::any_of(faults, faults + kFaultCount, [](int count) { return count > 0; });
 }
 
 std::string Tally::Text() const {
@@ -77,7 +76,7 @@ class PairCheck {
         const double d1 = static_cast<double>(before.distance) * scale;
         const double d2 = static_cast<double>(m_answers.distance);
         Report(Fault::kMoved, std::fabs(d1 - d2),
-               bar::kDistance * d1 + bar::kDistanceOfSize * m_size,
+               2 * (bar::kDistance * d1 + bar::kDistanceOfSize * m_size),
                "another distance before a motion of both");
         const double depth1 = before.Depth() * scale;
         const double depth2 = m_answers.Depth();
@@ -265,7 +264,10 @@ void CheckMoved(Random& random, const Pair& pair, const Answers& answers, Tally&
     }
     for (std::size_t i = 12; i < 15; ++i) {
         const float shift = std::ldexp(1.0F, random.Below(30) - 10);
-        const auto exact = [&](float place) { return (place + shift) - shift == place; };
+        const auto exact = [&](float place) {
+            const float sum = place + shift;
+            return sum - shift == place && sum - place == shift;
+        };
         if (exact(moved.a.matrix[i]) && exact(moved.b.matrix[i])) {
             moved.a.matrix[i] += shift;
             moved.b.matrix[i] += shift;

@@ -17,9 +17,9 @@ namespace bar {
 inline constexpr double kTouching = 1e-6;
 /// Distances: this part of the distance, and ...
 inline constexpr double kDistance = 1e-6;
-/// ... this part of the size: floats hold a rotation no better, and whether such a matrix is taken
-/// for the rotation or for what it says to the last digit is free.
-inline constexpr double kDistanceOfSize = 1e-7;
+/// ... this part of the size: floats hold a rotation little better, and whether such a matrix is
+/// taken for the rotation or for what it says to the last digit is free.
+inline constexpr double kDistanceOfSize = 3e-7;
 /// Closest points off their shapes, as a part of the size.
 inline constexpr double kPoint = 1e-6;
 /// Ends of depths off their shapes, as a part of the size.
@@ -57,8 +57,7 @@ struct Tally {
     double worst[kFaultCount] = {};
     std::string first[kFaultCount];
 
-    int FaultCount() const;
-    bool HasFaults() const { return FaultCount() > 0; }
+    bool HasFaults() const;
     std::string Text() const;
 };
 

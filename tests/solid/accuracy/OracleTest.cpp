@@ -127,6 +127,11 @@ TEST(Oracle, FlatDifferencesHaveNoDepth) {
     EXPECT_EQ(DepthOf(One(Polytope({{1, 1, 1}})), One(Polytope({{1, 1, 1}}))).value, 0);
     EXPECT_EQ(DepthOf(One(Box(2, 0, 2)), One(Box(1, 0, 4))).value, 0);
     EXPECT_EQ(DepthOf(One(Box(2, 0, 2)), One(Box(1, 2, 4))).value, 1);
+    // Points that are in one line but for rounding.
+    const Convex row = One(Polytope({{0.1F, 0.7F, 0.3F}, {0.2F, 1.4F, 0.6F}, {0.3F, 2.1F, 0.9F}}));
+    const Convex ends = One(Segment({0.1F, 0.7F, 0.3F}, {0.3F, 2.1F, 0.9F}));
+    EXPECT_NEAR(DepthOf(row, One(Box(2, 2, 2))).value, DepthOf(ends, One(Box(2, 2, 2))).value,
+                1e-6);
 }
 
 /// Every kind with every other: the two bounds meet, a point found to be inside both is so, and the
