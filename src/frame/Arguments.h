@@ -12,8 +12,7 @@ class CSceneObject;
 
 /// Null if there is none of this id.
 inline CGroup* FindGroup(int id) noexcept {
-    const auto it = g_groups.find(id);
-    return it == g_groups.end() ? nullptr : it->second;
+    return g_groups.Find(id);
 }
 
 /// The same for a group that is to be changed, which the root group is not.
@@ -22,8 +21,7 @@ inline CGroup* FindGroupBelowRoot(int id) noexcept {
 }
 
 inline CSceneObject* FindObject(int id) noexcept {
-    const auto it = g_objects.find(id);
-    return it == g_objects.end() ? nullptr : it->second;
+    return g_objects.Find(id);
 }
 
 inline bool IsView(int view) noexcept {

@@ -21,8 +21,8 @@ CCollisionNeighbour* g_collision = nullptr;
 CDisplayNeighbour* g_visualiser = nullptr;
 CPanelNeighbour* g_controlPanel = nullptr;
 
-std::map<int, CGroup*>& g_groups = NeverDestroyed<std::map<int, CGroup*>>();
-std::map<int, CSceneObject*>& g_objects = NeverDestroyed<std::map<int, CSceneObject*>>();
+CIdTable<CGroup>& g_groups = NeverDestroyed<CIdTable<CGroup>>();
+CIdTable<CSceneObject>& g_objects = NeverDestroyed<CIdTable<CSceneObject>>();
 CLabels& g_labels = NeverDestroyed<CLabels>();
 std::set<CGroup*, CIdLess>& g_animatedGroups = NeverDestroyed<std::set<CGroup*, CIdLess>>();
 std::set<CSceneObject*, CIdLess>& g_animatedObjects =

@@ -4,9 +4,9 @@
 /// objects enter and leave by themselves. The registries stand until the process ends, also for
 /// calls out of a host's static destructors.
 
-#include <map>
 #include <set>
 
+#include "model/IdTable.h"
 #include "model/Labels.h"
 
 class CGroup;
@@ -18,8 +18,8 @@ struct CIdLess {
     bool operator()(const CSceneObject* a, const CSceneObject* b) const noexcept;
 };
 
-extern std::map<int, CGroup*>& g_groups;
-extern std::map<int, CSceneObject*>& g_objects;
+extern CIdTable<CGroup>& g_groups;
+extern CIdTable<CSceneObject>& g_objects;
 extern CLabels& g_labels;
 
 /// Those with key states.
