@@ -117,41 +117,4 @@ BoxAnswer AskBoxAxes(const Core& a, const Core& b) {
     return full ? BoxAnswer::kTouch : BoxAnswer::kUnknown;
 }
 
-/// The difference of two parallelepipeds is a zonotope of six generators; the normals of its faces
-/// are the cross products of every two of them (Stefan Gottschalk, "Separating axis theorem", 1996,
-/// for the rectangular case). Faces and edges count alike, so the depth is the true least one.
-BoxAxes TestBoxAxes(const Core& a, const Core& b) {
-    const Generators g(a, b);
-    BoxAxes result;
-    result.depth = Aabb::kInfinity;
-    double widest = 0, thinnest = Aabb::kInfinity;
-    for (int i = 0; i < 6; ++i) {
-        for (int j = i + 1; j < 6; ++j) {
-            Vec3 axis = Cross(g.of[i], g.of[j]);
-            const double squared = LengthSquared(axis);
-            // Nearly parallel: the axis is rounding, and its directions are covered by others.
-            if (!(squared > kParallel * LengthSquared(g.of[i]) * LengthSquared(g.of[j])))
-                continue;
-            axis *= 1 / std::sqrt(squared);
-            const double reach = g.Reach(axis);
-            const double along = Dot(axis, g.apart);
-            const double depth = reach - std::fabs(along);
-            widest = std::max(widest, reach);
-            thinnest = std::min(thinnest, reach);
-            if (depth < -g.rounding) {
-                result.separated = true;
-                return result;
-            }
-            if (depth < result.depth) {
-                result.depth = depth;
-                // The difference a - b has its middle at `apart`; its nearer side lies against it.
-                result.axis = along > 0 ? -axis : axis;
-            }
-        }
-    }
-    result.depth = std::max(result.depth, 0.0);
-    result.full = widest > 0 && thinnest > kFlat * g.scale;
-    return result;
-}
-
 }  // namespace solid
