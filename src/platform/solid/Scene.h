@@ -83,6 +83,11 @@ class Scene {
     /// Takes out of m_pending, from place `first` on, what needs no other place in the trees.
     void Settle(std::size_t first) noexcept;
     void UpdateFrom(std::size_t first);
+    /// Gives objects of m_resting that are among them their new boxes where they stand in the tree,
+    /// if there are enough of them.
+    void RefitFrom(std::size_t first) noexcept;
+    /// How many there are of them that m_moving does not have yet.
+    std::size_t CountNew(std::size_t first) const noexcept;
     /// From place `first` of m_pending on.
     void UpdateOneByOne(std::size_t first);
     /// Puts everything right in one go.
