@@ -4,8 +4,9 @@
 
 namespace {
 
-/// Above this angle, in radians, the cross product with +y no longer tells the axis.
-constexpr double kHalfTurn = 3.14159;
+/// The sine of 3.14159: between that angle and half a turn, the cross product with +y no longer
+/// tells the axis.
+constexpr double kHalfTurnSine = 2.6535897933527e-6;
 
 struct Axes {
     std::array<double, 3> x = {1.0, 0.0, 0.0};
@@ -16,9 +17,9 @@ struct Axes {
 Axes TurnedAxes(const std::array<double, 3>& n) {
     Axes axes;
     // Axis (0, 1, 0) x n, which lies in the plane of x and z; its length is the sine of the angle.
-    const double sine = std::hypot(n[2], n[0]);
+    const double sine = std::sqrt(n[2] * n[2] + n[0] * n[0]);
     const double cosine = n[1];
-    if (std::atan2(sine, cosine) > kHalfTurn) {
+    if (cosine < 0.0 && sine < kHalfTurnSine) {
         axes.x = {-1.0, 0.0, 0.0};
         return axes;
     }

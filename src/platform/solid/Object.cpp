@@ -53,15 +53,23 @@ void Object::SetMatrix(const float m[16]) noexcept {
 
 void Object::SetPosition(const float position[3]) noexcept {
     std::memcpy(m_columns[3], position, sizeof m_columns[3]);
-    // What is known of a shape in the middle range stays true while it stays there.
-    const bool known = m_part == Part::kTakes && !m_traits.large;
-    const Vec3 centre = known ? WorldCentre(GetPlaced()) : Vec3{};
-    if (!known || !IsFinite(centre) || !(MaxNorm(centre) < kComfortableSize)) {
+    if (!StaysInRange()) {
         m_part = Part::kUnknown;
     }
     if (m_scene != nullptr) {
         m_scene->Moved(m_slot);
     }
+}
+
+bool Object::StaysInRange() const noexcept {
+    if (m_part != Part::kTakes || m_traits.large) {
+        return false;
+    }
+    const float* const p = m_columns[3];
+    const Vec3 origin{static_cast<double>(p[0]), static_cast<double>(p[1]),
+                      static_cast<double>(p[2])};
+    const Vec3 centre = m_shape->Centre() == Vec3{} ? origin : WorldCentre(GetPlaced());
+    return IsFinite(centre) && MaxNorm(centre) < kComfortableSize;
 }
 
 void Object::SetMargin(float margin) noexcept {

@@ -82,6 +82,8 @@ class Object {
     FilterBox GetFilterBox() const;
     /// Sets m_part and m_traits; answers TakesPart().
     bool FindOut() const;
+    /// Whether what is known stays true after a change of position alone.
+    bool StaysInRange() const noexcept;
     int ClassInMore(const RespTable& table) const;
     Membership* FindMembership(const RespTable& table) noexcept;
     /// A place for one more table; may throw std::bad_alloc, and then nothing has changed.

@@ -145,8 +145,8 @@ bool Scene::VolumeOf(const Object& object, QueryVolume& volume) const {
         volume.box = m_resting.Box(slot);
     } else if (!BoxOf(object, volume.box)) {
         return false;
-    } else if (const Placed placed = object.GetPlaced();
-               placed.shape->Kind() == ShapeKind::kSegment) {
+    } else if (object.m_shape->Kind() == ShapeKind::kSegment) {
+        const Placed placed = object.GetPlaced();
         const Vec3 half = placed.placement.linear * placed.shape->Half();
         const double slack = kBoxSlack * (MaxNorm(half) + placed.margin);
         volume.Narrow(placed.placement * placed.shape->Centre(), half, placed.margin + slack);
