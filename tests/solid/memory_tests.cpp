@@ -183,7 +183,7 @@ TEST(Memory, OfABoxInAScene) {
     const double bytes = static_cast<double>(used() - recorded - before) / kCount;
     std::printf("%.0f bytes for each box, its shape included\n", bytes);
     testing::Test::RecordProperty("bytes_per_box", static_cast<int>(bytes));
-    EXPECT_LT(bytes, 400);
+    EXPECT_LT(bytes, 330);
     EXPECT_GT(bytes, 100);
     for (std::size_t i = 0; i < kCount; ++i) {
         DT_DestroyObject(objects[i]);

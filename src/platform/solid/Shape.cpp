@@ -59,8 +59,9 @@ std::unique_ptr<Shape> Shape::NewCone(double radius, double height) {
 std::unique_ptr<Shape> Shape::NewSegment(const Vec3& source, const Vec3& target) {
     std::unique_ptr<Shape> shape(new Shape(ShapeKind::kSegment));
     shape->m_half = target * 0.5 - source * 0.5;
-    shape->m_centre = source * 0.5 + target * 0.5;
-    shape->m_empty = !IsFinite(shape->m_half) || !IsFinite(shape->m_centre);
+    shape->m_more = std::make_unique<More>();
+    shape->m_more->centre = source * 0.5 + target * 0.5;
+    shape->m_empty = !IsFinite(shape->m_half) || !IsFinite(shape->Centre());
     return shape;
 }
 
@@ -95,20 +96,22 @@ void Shape::BuildPolytope(std::vector<Vec3> points) {
     std::erase_if(points, [](const Vec3& p) { return !IsFinite(p); });
     if (points.empty())
         return;
+    auto more = std::make_unique<More>();
     // The mean lies within the hull. As floats, so that differences of it are exact.
     Vec3 mean;
     for (const Vec3& p : points)
         mean += p * (1 / static_cast<double>(points.size()));
     for (int i = 0; i < 3; ++i)
-        m_centre[i] = static_cast<double>(static_cast<float>(mean[i]));
+        more->centre[i] = static_cast<double>(static_cast<float>(mean[i]));
     for (Vec3& p : points) {
-        p -= m_centre;
+        p -= more->centre;
         m_half = Max(m_half, Abs(p));
     }
     if (points.size() == 4)
         m_inner = DepthInTetrahedron(points);
     points.shrink_to_fit();
-    m_points = std::move(points);
+    more->points = std::move(points);
+    m_more = std::move(more);
     m_empty = false;
 }
 
@@ -127,15 +130,17 @@ void Shape::BuildMesh(const std::vector<Vec3>& points, const std::vector<int>& c
     auto tree = std::make_unique<MeshTree>(points, counts, bounds.Centre());
     if (tree->IsEmpty())
         return;
-    m_centre = bounds.Centre();
-    m_mesh = std::move(tree);
-    m_half = m_mesh->Bounds().HalfSize();
+    auto more = std::make_unique<More>();
+    more->centre = bounds.Centre();
+    more->mesh = std::move(tree);
+    m_half = more->mesh->Bounds().HalfSize();
+    m_more = std::move(more);
     m_empty = false;
 }
 
 Aabb Shape::WorldBox(const Affine& placement, double margin) const {
     const Mat3& m = placement.linear;
-    Vec3 centre = placement * m_centre;
+    Vec3 centre = placement * Centre();
     Vec3 extent;
     switch (m_kind) {
         case ShapeKind::kSphere: {
@@ -169,14 +174,14 @@ Aabb Shape::WorldBox(const Affine& placement, double margin) const {
         }
         case ShapeKind::kPolytope: {
             Aabb box;
-            for (const Vec3& p : m_points)
+            for (const Vec3& p : m_more->points)
                 box.Include(m * p);
             centre += box.Centre();
             extent = box.HalfSize();
             break;
         }
         case ShapeKind::kMesh: {
-            const Vec3 middle = m_mesh->Bounds().Centre();
+            const Vec3 middle = Mesh().Bounds().Centre();
             centre += m * middle;
             extent = Abs(m.col[0]) * m_half.x + Abs(m.col[1]) * m_half.y + Abs(m.col[2]) * m_half.z;
             break;

@@ -56,14 +56,18 @@ class Shape {
     const Vec3& Half() const { return m_half; }
     /// The point of the shape's frame that all other coordinates here are relative to: it keeps
     /// shapes that lie far from their origin exact.
-    const Vec3& Centre() const { return m_centre; }
+    const Vec3& Centre() const { return m_more == nullptr ? kOrigin : m_more->centre; }
     /// Radius of a ball about Centre() that lies within the shape, for certain; 0 of polytopes that
     /// are no tetrahedra and of meshes.
     double InnerRadius() const { return m_inner; }
     /// Of a polytope, relative to Centre().
-    VertexSpan Vertices() const { return {m_points.data(), static_cast<int>(m_points.size())}; }
-    /// Of a mesh.
-    const MeshTree& Mesh() const { return *m_mesh; }
+    VertexSpan Vertices() const {
+        return m_more == nullptr
+                   ? VertexSpan{}
+                   : VertexSpan{m_more->points.data(), static_cast<int>(m_more->points.size())};
+    }
+    /// Of a mesh that is not empty.
+    const MeshTree& Mesh() const { return *m_more->mesh; }
     bool IsEmpty() const { return m_empty; }
     /// An axis-parallel box of the shape placed by `placement` and grown by `margin`, in world
     /// coordinates: larger than the tightest by no more than what kRigid lets pass; of a mesh that
@@ -71,15 +75,22 @@ class Shape {
     Aabb WorldBox(const Affine& placement, double margin) const;
 
   private:
+    static constexpr Vec3 kOrigin{};
+
+    /// What most shapes do without: of segments, polytopes and meshes.
+    struct More {
+        Vec3 centre;
+        std::vector<Vec3> points;
+        std::unique_ptr<MeshTree> mesh;
+    };
+
     explicit Shape(ShapeKind kind);
 
     ShapeKind m_kind;
     bool m_empty = false;
     Vec3 m_half;
-    Vec3 m_centre;
     double m_inner = 0;
-    std::vector<Vec3> m_points;
-    std::unique_ptr<MeshTree> m_mesh;
+    std::unique_ptr<More> m_more;
 };
 
 }  // namespace solid
