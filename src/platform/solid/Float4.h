@@ -22,6 +22,7 @@ class Float4 {
     Float4(float x, float y, float z, float w) : m_v(_mm_setr_ps(x, y, z, w)) {}
     /// From four floats at any address.
     static Float4 Load(const float* p) { return _mm_loadu_ps(p); }
+    void Store(float* p) const { _mm_storeu_ps(p, m_v); }
 
     template <int kLane>
     Float4 Spread() const {
@@ -66,6 +67,7 @@ class Float4 {
     explicit Float4(float all) : m_v{all, all, all, all} {}
     Float4(float x, float y, float z, float w) : m_v{x, y, z, w} {}
     static Float4 Load(const float* p) { return {p[0], p[1], p[2], p[3]}; }
+    void Store(float* p) const { std::copy_n(m_v, 4, p); }
 
     template <int kLane>
     Float4 Spread() const {

@@ -139,10 +139,9 @@ class Nearest {
         return true;
     }
     /// Cores, whose radii add up to `radius`, are not nearer than `squared` tells.
-    bool IsNotBeyond(double squared, double radius) const {
-        const double reach = m_limit + radius;
-        return squared >= reach * reach;
-    }
+    bool IsNotBeyond(double squared, double radius) const { return squared >= Reach(radius); }
+    /// The square of the distance of cores from which on they are none of the nearest.
+    double Reach(double radius) const { return (m_limit + radius) * (m_limit + radius); }
 
   private:
     PointPair m_best{{}, {}, Aabb::kInfinity};
@@ -169,7 +168,7 @@ class ConvexAndMesh {
         : m_core(convex),
           m_axes{{Orthonormal(mesh.placement.linear), AxesOf(m_core)}},
           m_view(ViewOf(m_core, m_axes)),
-          m_tree(mesh, reference, m_axes),
+          m_tree(mesh, reference, m_axes, 0),
           m_polygons(mesh, reference),
           m_radius(m_core.radius + m_polygons.Radius()),
           m_closed(!m_core.traits.large && !m_core.traits.small) {
@@ -271,8 +270,8 @@ double ConvexAndMesh::DepthBoundOf(std::uint32_t polygon) {
 }
 
 std::uint32_t ConvexAndMesh::FindTouching() {
-    const OverlapTest test(m_tree, m_view, m_radius + m_slack);
-    const OverlapTest::Box box = test.Prepare(m_view);
+    const NodeTest test(m_tree, m_view, m_radius + m_slack);
+    const NodeTest::Box box = test.Prepare(m_view);
     Stack<std::uint32_t> stack;
     stack.Push(0);
     while (!stack.IsEmpty()) {
@@ -340,6 +339,8 @@ PointPair ConvexAndMesh::Closest() {
 PointPair ConvexAndMesh::ClosestWithin(double limit) {
     Nearest nearest(limit);
     double bodyReach = 0;
+    const NodeTest test(m_tree, m_view, m_slack);
+    const NodeTest::Box box = test.Prepare(m_view);
     Stack<NearLink> stack;
     stack.Push({0, 0});
     while (!stack.IsEmpty()) {
@@ -363,7 +364,7 @@ PointPair ConvexAndMesh::ClosestWithin(double limit) {
         }
         const Node& node = m_tree.Tree().NodeAt(top.link);
         double squared[kWidth];
-        m_tree.Distances(node, m_view, m_slack, squared);
+        test.Distances(node, box, squared);
         int order[kWidth];
         const int count = SortPlaces(node, squared, nearest, m_radius, order);
         for (int i = 0; i < count; ++i)
@@ -453,8 +454,8 @@ class TwoMeshes {
   public:
     TwoMeshes(const Placed& a, const Placed& b, const Vec3& reference)
         : m_axes{{Orthonormal(a.placement.linear), Orthonormal(b.placement.linear)}},
-          m_a(a, reference, m_axes),
-          m_b(b, reference, m_axes),
+          m_a(a, reference, m_axes, 0),
+          m_b(b, reference, m_axes, 1),
           m_polygonsA(a, reference),
           m_polygonsB(b, reference),
           m_radius(m_polygonsA.Radius() + m_polygonsB.Radius()),
@@ -493,8 +494,7 @@ class TwoMeshes {
     PointPair ClosestWithin(double limit);
     double DepthBoundOf(std::uint32_t a, std::uint32_t b);
     static View ViewOf(const PlacedTree& tree, const Place& place) {
-        return place.node == MeshTree::kNone ? tree.Whole()
-                                             : tree.Of(tree.Tree().NodeAt(place.node), place.place);
+        return place.node == MeshTree::kNone ? tree.Whole() : tree.Of(place.node, place.place);
     }
     static double SizeOf(const View& view, int f) {
         const Vec3& h = view.half[f];
@@ -549,8 +549,8 @@ double TwoMeshes::DepthBoundOf(std::uint32_t a, std::uint32_t b) {
 
 std::optional<TwoMeshes::Pair> TwoMeshes::FindTouching() {
     const View wholeA = m_a.Whole(), wholeB = m_b.Whole();
-    const OverlapTest testA(m_a, wholeB, m_radius + m_slack);
-    const OverlapTest testB(m_b, wholeA, m_radius + m_slack);
+    const NodeTest testA(m_a, wholeB, m_radius + m_slack);
+    const NodeTest testB(m_b, wholeA, m_radius + m_slack);
     Stack<Pair> stack;
     stack.Push(Roots());
     while (!stack.IsEmpty()) {
@@ -632,6 +632,7 @@ PointPair TwoMeshes::Closest() {
 
 PointPair TwoMeshes::ClosestWithin(double limit) {
     Nearest nearest(limit);
+    const NodeTest testA(m_a, m_b.Whole(), m_slack), testB(m_b, m_a.Whole(), m_slack);
     Stack<NearPair> stack;
     stack.Push({Roots(), 0});
     while (!stack.IsEmpty()) {
@@ -659,9 +660,11 @@ PointPair TwoMeshes::ClosestWithin(double limit) {
         const Node& node = opensA ? m_a.Tree().NodeAt(pair.linkA) : m_b.Tree().NodeAt(pair.linkB);
         double squared[kWidth];
         if (opensA) {
-            m_a.Distances(node, viewB, m_slack, squared);
+            testA.Distances(node, testA.Prepare(viewB), squared);
+            m_a.RaiseDistances(m_a.Tree().SlabsAt(pair.linkA), viewB, m_slack, squared);
         } else {
-            m_b.Distances(node, viewA, m_slack, squared);
+            testB.Distances(node, testB.Prepare(viewA), squared);
+            m_b.RaiseDistances(m_b.Tree().SlabsAt(pair.linkB), viewA, m_slack, squared);
         }
         int order[kWidth];
         const int count = SortPlaces(node, squared, nearest, m_radius, order);

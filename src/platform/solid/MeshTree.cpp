@@ -279,6 +279,72 @@ MeshTree::MeshTree(const std::vector<Vec3>& points, const std::vector<int>& coun
         if (!triangles)
             m_starts.push_back(static_cast<std::uint32_t>(m_points.size()));
     }
+    BuildSlabs();
+}
+
+void MeshTree::BuildSlabs() {
+    // More of a surface is hardly ever flat.
+    constexpr std::uint32_t kMostPolygons = 1024;
+    struct Polygons {
+        std::uint32_t begin = kNone, end = 0;
+    };
+    // The polygons below a node have numbers in a row, and nodes stand before those below them.
+    std::vector<Polygons> below(m_nodes.size());
+    m_slabs.resize(m_nodes.size());
+    for (std::size_t n = m_nodes.size(); n-- > 0;) {
+        for (std::size_t place = 0; place < kWidth; ++place) {
+            const std::uint32_t link = m_nodes[n].link[place];
+            if (link == kNone)
+                break;
+            const std::uint32_t polygon = PolygonOf(link);
+            const Polygons part = IsPolygon(link) ? Polygons{polygon, polygon + 1} : below[link];
+            below[n].begin = std::min(below[n].begin, part.begin);
+            below[n].end = std::max(below[n].end, part.end);
+            if (part.end - part.begin <= kMostPolygons)
+                SetSlab(m_slabs[n], place, part.begin, part.end);
+        }
+    }
+}
+
+Vec3 MeshTree::Normal(std::uint32_t polygon) const {
+    const double perUnit = 1 / m_unit;
+    const Vec3 first = Corner(polygon, 0);
+    Vec3 normal;
+    for (int i = 2; i < CornerCount(polygon); ++i) {
+        normal += Cross((Corner(polygon, i - 1) - first) * perUnit,
+                        (Corner(polygon, i) - first) * perUnit);
+    }
+    return normal;
+}
+
+void MeshTree::SetSlab(Slabs& slabs, std::size_t place, std::uint32_t begin,
+                       std::uint32_t end) const {
+    Vec3 sum;
+    for (std::uint32_t polygon = begin; polygon < end; ++polygon) {
+        // Nothing says that the polygons of a mesh all face the same way.
+        const Vec3 normal = Normal(polygon);
+        sum += Dot(normal, sum) < 0 ? -normal : normal;
+    }
+    const double length = Length(sum);
+    if (!(length > 0))
+        return;
+    float normal[3];
+    for (int i = 0; i < 3; ++i)
+        normal[i] = static_cast<float>(sum[i] / length);
+    const Vec3 rounded{static_cast<double>(normal[0]), static_cast<double>(normal[1]),
+                       static_cast<double>(normal[2])};
+    double lower = Aabb::kInfinity, upper = -Aabb::kInfinity;
+    for (std::uint32_t polygon = begin; polygon < end; ++polygon) {
+        for (int i = 0; i < CornerCount(polygon); ++i) {
+            const double along = Dot(rounded, Corner(polygon, i)) / m_unit;
+            lower = std::min(lower, along);
+            upper = std::max(upper, along);
+        }
+    }
+    for (std::size_t i = 0; i < 3; ++i)
+        slabs.normal[i][place] = normal[i];
+    slabs.lower[place] = -RoundUp(-lower);
+    slabs.upper[place] = RoundUp(upper);
 }
 
 }  // namespace solid
