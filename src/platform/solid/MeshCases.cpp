@@ -62,6 +62,8 @@ class Polygons {
     Polygons(const Placed& mesh, const Vec3& reference) : m_tree(mesh.shape->Mesh()) {
         const VertexSpan none;
         m_core = MakeCore(mesh, reference, &none);
+        m_linear = m_core.linear;
+        m_centre = m_core.centre;
         m_closed = !mesh.traits.large && !mesh.traits.small;
     }
     /// Valid until the next one is asked for.
@@ -72,9 +74,17 @@ class Polygons {
             m_many.resize(static_cast<std::size_t>(count));
             corners = m_many.data();
         }
-        for (int i = 0; i < count; ++i)
+        Aabb box;
+        for (int i = 0; i < count; ++i) {
             corners[i] = m_tree.Corner(index, i);
+            box.Include(corners[i]);
+        }
+        // Iterations start from the centre and are as exact as coordinates about it are small.
+        const Vec3 middle = box.Centre();
+        for (int i = 0; i < count; ++i)
+            corners[i] -= middle;
         m_core.vertices = {corners, count};
+        m_core.centre = m_linear * middle + m_centre;
         return m_core;
     }
     /// False if the polygon is no triangle, or of a size that closed forms are not good for.
@@ -82,21 +92,23 @@ class Polygons {
         if (m_tree.CornerCount(index) != 3 || !m_closed)
             return false;
         for (int i = 0; i < 3; ++i)
-            triangle.corner[i] = m_core.linear * m_tree.Corner(index, i) + m_core.centre;
+            triangle.corner[i] = m_linear * m_tree.Corner(index, i) + m_centre;
         return true;
     }
     double Radius() const { return m_core.radius; }
     /// How far the polygon reaches along a direction.
     double Reach(std::uint32_t index, const Vec3& direction) const {
-        const Vec3 local = m_core.linear.TransposeTimes(direction);
+        const Vec3 local = m_linear.TransposeTimes(direction);
         double most = -Aabb::kInfinity;
         for (int i = 0; i < m_tree.CornerCount(index); ++i)
             most = std::max(most, Dot(local, m_tree.Corner(index, i)));
-        return most + Dot(m_core.centre, direction);
+        return most + Dot(m_centre, direction);
     }
 
   private:
     const MeshTree& m_tree;
+    Mat3 m_linear;
+    Vec3 m_centre;
     Core m_core;
     std::array<Vec3, 4> m_few;
     std::vector<Vec3> m_many;  ///< for a polygon of more corners
