@@ -14,6 +14,13 @@ double CleanSize(double size) {
     return size > 0 ? size : 0;
 }
 
+/// Rounded to single precision. Volatile, since gcc 12 takes two such conversions side by side for
+/// none when it vectorises.
+double ToSingle(double value) {
+    const volatile float single = static_cast<float>(value);
+    return static_cast<double>(single);
+}
+
 /// Half the extent along each world axis of x -> linear * x over the unit sphere in (x, z) of
 /// radius `radius`: the length of the part of a row that lies in that plane.
 Vec3 DiscExtent(const Mat3& m, double radius) {
@@ -101,8 +108,7 @@ void Shape::BuildPolytope(std::vector<Vec3> points) {
     Vec3 mean;
     for (const Vec3& p : points)
         mean += p * (1 / static_cast<double>(points.size()));
-    for (int i = 0; i < 3; ++i)
-        more->centre[i] = static_cast<double>(static_cast<float>(mean[i]));
+    more->centre = {ToSingle(mean.x), ToSingle(mean.y), ToSingle(mean.z)};
     for (Vec3& p : points) {
         p -= more->centre;
         m_half = Max(m_half, Abs(p));
