@@ -1,5 +1,7 @@
 #include "platform/solid/Gjk.h"
 
+#include <tuple>
+
 #include "platform/solid/Tolerances.h"
 
 namespace solid {
@@ -45,35 +47,48 @@ const Nearest& Better(const Nearest& a, const Nearest& b) {
     return b.squared < a.squared ? b : a;
 }
 
+/// Along the longest side, and along the height on it, so that thin triangles, which the iteration
+/// makes where bodies are curved, lose nothing to cancellation.
 Nearest NearestOfTriangle(const Simplex& s, int i, int j, int k) {
+    const double ij = LengthSquared(s.points[j].w - s.points[i].w);
+    const double jk = LengthSquared(s.points[k].w - s.points[j].w);
+    const double ki = LengthSquared(s.points[i].w - s.points[k].w);
+    if (jk > ij && jk >= ki)
+        std::tie(i, j, k) = std::tuple(j, k, i);
+    else if (ki > ij)
+        std::tie(i, j, k) = std::tuple(k, i, j);
+
     const Vec3& p = s.points[i].w;
-    const Vec3& q = s.points[j].w;
-    const Vec3& r = s.points[k].w;
-    const Vec3 pq = q - p, pr = r - p;
-    const Vec3 normal = Cross(pq, pr);
-    const double area = LengthSquared(normal);
-    // Twice the areas, signed, of the triangles that the origin's foot makes with the sides.
-    const double ofP = Dot(Cross(q, r - q), normal);
-    const double ofQ = Dot(Cross(pr, p), normal);
-    const double ofR = Dot(Cross(p, pq), normal);
-    const double flat = 1e-28 * LengthSquared(pq) * LengthSquared(pr);
-    if (area > flat && ofP > 0 && ofQ > 0 && ofR > 0) {
-        const double sum = ofP + ofQ + ofR;
+    const Vec3 side = s.points[j].w - p;
+    const double perSide = 1 / LengthSquared(side);
+    const Vec3 other = s.points[k].w - p;
+    const double lean = Dot(side, other) * perSide;
+    Vec3 height = other - side * lean;
+    height -= side * (Dot(side, height) * perSide);
+    const double squared = LengthSquared(height);
+    const bool needle = !(squared * perSide > kNeedleTriangle);
+
+    const double along = -Dot(p, side) * perSide;
+    const Vec3 across = p + side * along;
+    const double weightK = -Dot(across, height) / squared;
+    const double weightJ = along - lean * weightK;
+    const double weightI = 1 - weightJ - weightK;
+    if (!needle && weightI > 0 && weightJ > 0 && weightK > 0) {
         Nearest n;
-        n.weights[i] = ofP / sum;
-        n.weights[j] = ofQ / sum;
-        n.weights[k] = ofR / sum;
-        n.point = normal * (Dot(p, normal) / area);
+        n.weights[i] = weightI;
+        n.weights[j] = weightJ;
+        n.weights[k] = weightK;
+        n.point = across + height * weightK;
+        n.point -= side * (Dot(n.point, side) * perSide);
         n.squared = LengthSquared(n.point);
         return n;
     }
-    const bool needle = !(area > flat);
     Nearest best;
-    if (needle || ofR <= 0)
+    if (needle || !(weightK > 0))
         best = Better(best, NearestOfEdge(s, i, j));
-    if (needle || ofP <= 0)
+    if (needle || !(weightI > 0))
         best = Better(best, NearestOfEdge(s, j, k));
-    if (needle || ofQ <= 0)
+    if (needle || !(weightJ > 0))
         best = Better(best, NearestOfEdge(s, k, i));
     return best;
 }
@@ -108,7 +123,7 @@ Nearest NearestOfTetrahedron(const Simplex& s, bool& inside) {
     const double ofR = sign * Dot(p, Cross(pq, pt));
     const double ofT = -sign * Dot(p, Cross(pq, pr));
     const double edges = LengthSquared(pq) * LengthSquared(pr) * LengthSquared(pt);
-    const bool flat = !(volume * volume > 1e-28 * edges);
+    const bool flat = !(volume * volume > kFlatTetrahedron * edges);
     inside = !flat && ofP >= 0 && ofQ >= 0 && ofR >= 0 && ofT >= 0;
     if (inside) {
         const double sum = ofP + ofQ + ofR + ofT;

@@ -25,6 +25,14 @@ inline constexpr double kDistanceGap = 1e-8;
 /// Unit: scale of the pair. The same, absolute: below it the gap is rounding.
 inline constexpr double kDistanceFloor = 1e-14;
 
+/// Unit: longest side, squared; of the height on it. A triangle of the distance iteration that is
+/// thinner is rounding, and counts as its sides.
+inline constexpr double kNeedleTriangle = 1e-28;
+
+/// Square of a sine: of the volume of three edges of a tetrahedron. A flatter one counts as its
+/// faces.
+inline constexpr double kFlatTetrahedron = 1e-28;
+
 /// Unit: the depth found. The expansion ends when the certified lower bound and the depth found
 /// differ by less. Polytopes end exactly; for curved shapes the number of faces grows with its
 /// inverse.
