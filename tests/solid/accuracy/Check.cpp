@@ -71,8 +71,9 @@ class PairCheck {
         Report(Fault::kSwap, swapped == oracle::Swapped(m_answers) ? 0 : 2,
                "other answers of the two in the other order");
     }
-    /// The answers before a motion that made everything `scale` times as large.
-    void Before(const Answers& before, double scale) {
+    /// The same two before a motion that made everything `scale` times as large.
+    void Before(const PairCheck& unmoved, double scale) {
+        const Answers& before = unmoved.m_answers;
         const double d1 = static_cast<double>(before.distance) * scale;
         const double d2 = static_cast<double>(m_answers.distance);
         Report(Fault::kMoved, std::fabs(d1 - d2),
@@ -82,7 +83,7 @@ class PairCheck {
         const double depth2 = m_answers.Depth();
         const double allowed = (IsRound() ? bar::kDepthRound : bar::kDepth) * depth1;
         Report(Fault::kMoved, std::fabs(depth1 - depth2),
-               allowed + bar::kDepthOfSize * m_size + m_writing,
+               allowed + bar::kDepthOfSize * m_size + m_writing + unmoved.m_writing * scale,
                "another depth before a motion of both");
     }
 
@@ -275,7 +276,8 @@ void CheckMoved(Random& random, const Pair& pair, const Answers& answers, Tally&
     }
     const Answers again =
         random.Chance(0.5) ? Ask(moved.a, moved.b) : Swapped(Ask(moved.b, moved.a));
-    PairCheck(moved, again, tally).Before(answers, static_cast<double>(scale));
+    const PairCheck unmoved(pair, answers, tally);
+    PairCheck(moved, again, tally).Before(unmoved, static_cast<double>(scale));
 }
 
 }  // namespace oracle
