@@ -151,8 +151,8 @@ inline constexpr double kBallSlack = 5e-6;
 /// rounding.
 inline constexpr double kBallLeast = 1e-6;
 
-/// Unit: size of the mesh, and relative to a distance. What the planes around a part of a mesh may be
-/// off by where the placement is only as good a rotation as kRigid asks for.
+/// Unit: size of the mesh, and relative to a distance. What the planes around a part of a mesh may
+/// be off by where the placement is only as good a rotation as kRigid asks for.
 inline constexpr double kSlabSlack = 16 * kRigid;
 
 /// Sizes outside this range (and its inverse) are brought near 1 before anything is computed, by a
