@@ -780,7 +780,9 @@ KST_API int KST_CreateTetrahedron(int group, const float* vertices, int* newId, 
 /*
  * A query reaches all objects below the groups that it names, those of capable groups. It leaves
  * its findings, in place of those of the last query, for KST_GetResults; they stay until the next
- * query or KST_End. The same scene gives the same findings in the same order.
+ * query or KST_End. They come in the order in which the objects entered the collision world: were
+ * created in a capable group, moved into one, or found when capability was set. The same calls
+ * give the same findings in the same order.
  *
  * all    False: stop at the first finding.
  * count  Receives the number of findings; not written unless the query succeeds.

@@ -66,10 +66,12 @@ float Distance(const CSceneObject& a, const CSceneObject& b, float pointOnA[3], 
 }
 
 void WriteDepth(const CSceneObject& a, const CSceneObject& b, CCollisionResult& result) {
-    if (IsMesh(b)) {
-        DT_GetPenDepth(b.SolidObject(), a.SolidObject(), result.point2, result.point1);
-    } else {
-        DT_GetPenDepth(a.SolidObject(), b.SolidObject(), result.point1, result.point2);
+    const bool deep =
+        IsMesh(b) ? DT_GetPenDepth(b.SolidObject(), a.SolidObject(), result.point2, result.point1)
+                  : DT_GetPenDepth(a.SolidObject(), b.SolidObject(), result.point1, result.point2);
+    if (!deep) {
+        // The engine found contact; should it ever take that back, they just touch.
+        Distance(a, b, result.point1, result.point2);
     }
     double square = 0.0;
     for (int i = 0; i < 3; ++i) {

@@ -73,14 +73,16 @@ Traits FindTraits(const Placed& placed) {
     const double size = std::max(MaxNorm(half), placed.margin);
     traits.small = !(size * kComfortableSize > 1);
     traits.large = !(std::max(size, MaxNorm(WorldCentre(placed))) < kComfortableSize);
-    if (!traits.large) {
+    // Radii of small bodies would be rounded by more than the slack.
+    if (!traits.large && (!traits.small || size == 0)) {
         const double inner = traits.rigid ? InnerRadius(shape, half, scale) : 0;
         const double outer = traits.rigid ? OuterRadius(kind, half) : half.x + half.y + half.z;
         traits.inner = static_cast<float>((inner + placed.margin) * (1 - kBallSlack));
         traits.outer = static_cast<float>((outer + placed.margin) * (1 + kBallSlack));
     }
-    // The middle of any other kind belongs to it, that of a surface need not.
-    if (kind == ShapeKind::kMesh)
+    // The middle of any other kind belongs to it; that of a surface need not, nor that of a hull so
+    // flat that it is outside by the rounding of its middle.
+    if (kind == ShapeKind::kMesh || (kind == ShapeKind::kPolytope && shape.InnerRadius() == 0))
         traits.inner = -std::numeric_limits<float>::infinity();
     return traits;
 }

@@ -367,7 +367,11 @@ BoxAnswer FindHullDepth(const Core& a, const Core& b, DepthResult& result) {
     SmallHull hullA, hullB;
     if (!hullA.Set(a) || !hullB.Set(b))
         return BoxAnswer::kUnknown;
-    NearestFace nearest(hullA.squaredSize + hullB.squaredSize + LengthSquared(a.centre - b.centre));
+    const double squared =
+        hullA.squaredSize + hullB.squaredSize + LengthSquared(a.centre - b.centre);
+    if (!(std::min(hullA.squaredSize, hullB.squaredSize) > kLeastHull * squared))
+        return BoxAnswer::kUnknown;
+    NearestFace nearest(squared);
     Products ofA, ofB;
     SetProducts(hullA, hullB, ofA);
     if (!LookAtFaces(hullA, hullB, ofA, Kind::kFaceOfFirst, nearest))
@@ -390,8 +394,11 @@ BoxAnswer FindBoxHullDepth(const Core& box, const Core& hull, DepthResult& resul
     if (!small.Set(hull))
         return BoxAnswer::kUnknown;
     const WorldBox world(box);
-    NearestFace nearest(world.squaredSize + small.squaredSize +
-                        LengthSquared(box.centre - hull.centre));
+    const double squared =
+        world.squaredSize + small.squaredSize + LengthSquared(box.centre - hull.centre);
+    if (!(small.squaredSize > kLeastHull * squared))
+        return BoxAnswer::kUnknown;
+    NearestFace nearest(squared);
     double products[3][4];
     if (!LookAtSides(world, small, products, nearest) ||
         !LookAtFacesAndEdges(world, small, products, nearest))

@@ -17,8 +17,8 @@ struct Traits {
     bool large = false;  ///< some coordinate or size is beyond kComfortableSize
     bool small = false;  ///< no size is above the inverse of kComfortableSize
     /// Radii of balls about the middle of the shape in the world, margin included: one that lies
-    /// within the body, for certain, and one that the body lies in. A mesh has no inner one: its
-    /// radius is minus infinity.
+    /// within the body, for certain, and one that the body lies in. A mesh or a hull may have no
+    /// inner one: its radius is minus infinity.
     float inner = 0;
     float outer = std::numeric_limits<float>::infinity();
 };

@@ -59,6 +59,15 @@ PointPair GjkClosest(const Core& a, const Core& b) {
     return Apart(a, b, gjk.a, gjk.b, gjk.axis, gjk.distance);
 }
 
+/// Whether the cores are as far apart along the axis found as the iteration says. Thin cores that
+/// coincide may seem apart by rounding, in a direction that has no meaning.
+bool ArePartedAlong(const Core& a, const Core& b, const GjkResult& gjk) {
+    const SupportPoint nearest = SupportDifference(a, b, -gjk.axis);
+    const double scale = std::max(MaxNorm(nearest.w), MaxNorm(nearest.a - a.centre));
+    return Dot(nearest.w, gjk.axis) >=
+           gjk.distance - kPartedSlack * std::max(gjk.distance, kTouch * scale);
+}
+
 bool GjkPenetration(const Core& a, const Core& b, PointPair& result) {
     Simplex last;
     const GjkResult touch = RunGjk(a, b, GjkQuestion::kContact, &last);
@@ -66,7 +75,7 @@ bool GjkPenetration(const Core& a, const Core& b, PointPair& result) {
         return false;
     if (a.radius + b.radius > 0 && !touch.coresTouch) {
         const GjkResult gjk = RunGjk(a, b, GjkQuestion::kCores, &last);
-        if (!gjk.coresTouch) {
+        if (!gjk.coresTouch && ArePartedAlong(a, b, gjk)) {
             result = Deep(a, b, gjk.a, gjk.b, -gjk.axis, -gjk.distance);
             return true;
         }

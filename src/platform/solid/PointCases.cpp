@@ -28,13 +28,15 @@ struct LocalFrame {
     }
 };
 
-/// A point outside, at `nearest` on the border.
-PointPlace Outside(const Vec3& point, const Vec3& nearest, const Vec3& fallbackNormal) {
+/// A point outside, at `nearest` on the border of the core. `normal` is that of the border, for a
+/// point so near to it that the direction between the two is rounding.
+PointPlace Outside(const Core& core, const Vec3& point, const Vec3& nearest, const Vec3& normal) {
     PointPlace place;
     const Vec3 apart = point - nearest;
     place.border = nearest;
     place.distance = Length(apart);
-    place.normal = place.distance > 0 ? apart * (1 / place.distance) : fallbackNormal;
+    const double size = std::max(MaxNorm(point - core.centre), MaxNorm(nearest - core.centre));
+    place.normal = place.distance > kTouch * size ? apart * (1 / place.distance) : normal;
     return place;
 }
 
@@ -51,7 +53,7 @@ Vec3 Radial(const LocalFrame& frame, double rho) {
 }  // namespace
 
 PointPlace PlaceAtPoint(const Core& core, const Vec3& point) {
-    return Outside(point, core.centre, {1, 0, 0});
+    return Outside(core, point, core.centre, {1, 0, 0});
 }
 
 PointPlace PlaceAtSegment(const Core& core, const Vec3& point) {
@@ -59,7 +61,7 @@ PointPlace PlaceAtSegment(const Core& core, const Vec3& point) {
     const Vec3 p = point - core.centre;
     const double squared = LengthSquared(half);
     const double along = squared > 0 ? std::clamp(Dot(p, half) / squared, -1.0, 1.0) : 0;
-    return Outside(point, core.centre + half * along, Perpendicular(half));
+    return Outside(core, point, core.centre + half * along, Perpendicular(half));
 }
 
 PointPlace PlaceAtBox(const Core& core, const Vec3& point) {
@@ -110,7 +112,9 @@ PointPlace PlaceAtCylinder(const Core& core, const Vec3& point) {
     }
     Vec3 nearest = radial * std::min(rho, radius);
     nearest.y = std::clamp(p.y, -half, half);
-    return Outside(point, point + frame.World(nearest - p), frame.WorldUnit(radial));
+    const Vec3 normal =
+        sideDepth < capDepth ? frame.WorldUnit(radial) : frame.axis[1] * (p.y < 0 ? -1 : 1);
+    return Outside(core, point, point + frame.World(nearest - p), normal);
 }
 
 PointPlace PlaceAtCone(const Core& core, const Vec3& point) {
@@ -146,7 +150,7 @@ PointPlace PlaceAtCone(const Core& core, const Vec3& point) {
     const bool base = LengthSquared(flatPoint - onBase) <= LengthSquared(flatPoint - onSlope);
     const Vec3 best = base ? onBase : onSlope;
     const Vec3 nearest = radial * best.x + Vec3{0, best.y, 0};
-    return Outside(point, point + frame.World(nearest - p),
+    return Outside(core, point, point + frame.World(nearest - p),
                    base ? -frame.axis[1] : frame.WorldUnit(sideNormal));
 }
 

@@ -78,7 +78,8 @@ void RespTable::FreeClass(int responseClass) noexcept {
 }
 
 void RespTable::SetClass(Object& object, int responseClass) {
-    if (!IsClass(responseClass) || object.ClassIn(*this) == responseClass) {
+    if (!IsClass(responseClass) || m_classes[static_cast<std::size_t>(responseClass)].free ||
+        object.ClassIn(*this) == responseClass) {
         return;
     }
     std::vector<Object*>& objects = m_classes[static_cast<std::size_t>(responseClass)].objects;
@@ -156,7 +157,6 @@ void RespTable::AddResponse(const int* classes1, std::size_t count1, const int* 
     response.callback = callback;
     response.client = client;
     response.hash = hash;
-    response.number = m_nextNumber++;
     response.next = nullptr;
     response.self = m_spare.begin();
     *link = &response;

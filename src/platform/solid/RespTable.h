@@ -26,8 +26,8 @@ class RespTable {
     int GenClass();
     /// No effect on a class that still has objects, or is free.
     void FreeClass(int responseClass) noexcept;
-    /// A class that is not of this table is ignored. May throw std::bad_alloc, and then nothing has
-    /// changed.
+    /// A class that is not of this table, or is free, is ignored. May throw std::bad_alloc, and
+    /// then nothing has changed.
     void SetClass(Object& object, int responseClass);
     /// The object has no class in this table any more.
     void Forget(Object& object) noexcept;
@@ -68,7 +68,6 @@ class RespTable {
         DT_ResponseCallback callback = nullptr;
         void* client = nullptr;
         std::uint64_t hash = 0;
-        std::uint64_t number = 0;  ///< in the order of adding
         Response* next = nullptr;  ///< in the same bucket
         std::list<Response>::iterator self;
     };
@@ -125,7 +124,6 @@ class RespTable {
     std::list<Response> m_responses;  ///< in the order of adding
     std::list<Response> m_spare;      ///< taken away, kept for their memory
     std::vector<Response*> m_buckets;
-    std::uint64_t m_nextNumber = 0;
     std::uint32_t m_stamp = 0;
     std::vector<const Class*> m_asking;  ///< classes with objects, each once
     std::unique_ptr<Workspace> m_workspace;

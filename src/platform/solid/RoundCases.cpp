@@ -118,6 +118,12 @@ BorderPlace FindBorder(const SumEdge* edges, int count, const Vec2& point) {
     return outside ? nearest : highest;
 }
 
+/// The unit vector at right angles to `up` that is next to v.
+Vec3 UnitAcross(const Vec3& v, const Vec3& up) {
+    const Vec3 across = v - up * Dot(v, up);
+    return across * (1 / Length(across));
+}
+
 }  // namespace
 
 bool PlaceRound(const Core& a, const Core& b, RoundPlace& place) {
@@ -136,9 +142,14 @@ bool PlaceRound(const Core& a, const Core& b, RoundPlace& place) {
     const Vec3 up = axisA * (1 / Length(axisA));
     const Vec3 apart = b.centre - a.centre;
     const double along = Dot(apart, up);
-    const Vec3 across = apart - up * along;
-    const double offset = Length(across);
-    const Vec3 right = offset > 0 ? across * (1 / offset) : Perpendicular(up);
+    // Twice: of an offset that is small beside the distance along the axes, once leaves rounding.
+    Vec3 across = apart - up * along;
+    across -= up * Dot(across, up);
+    const double size =
+        std::max({MaxNorm(apart), profileA.radius, profileA.half, profileB.radius, profileB.half});
+    const bool coaxial = !(Length(across) > kTouch * size);
+    const double offset = coaxial ? 0 : Length(across);
+    const Vec3 right = coaxial ? Perpendicular(up) : UnitAcross(across * (1 / offset), up);
     const auto toWorld = [&](const Vec2& v) { return right * v.x + up * v.y; };
 
     SumEdge edges[8];

@@ -113,8 +113,10 @@ void Shape::BuildPolytope(std::vector<Vec3> points) {
         p -= more->centre;
         m_half = Max(m_half, Abs(p));
     }
-    if (points.size() == 4)
-        m_inner = DepthInTetrahedron(points);
+    if (points.size() == 4) {
+        const double depth = DepthInTetrahedron(points);
+        m_inner = depth > kBallLeast * MaxNorm(m_half) ? depth : 0;
+    }
     points.shrink_to_fit();
     more->points = std::move(points);
     m_more = std::move(more);

@@ -57,8 +57,8 @@ class Shape {
     /// The point of the shape's frame that all other coordinates here are relative to: it keeps
     /// shapes that lie far from their origin exact.
     const Vec3& Centre() const { return m_more == nullptr ? kOrigin : m_more->centre; }
-    /// Radius of a ball about Centre() that lies within the shape, for certain; 0 of polytopes that
-    /// are no tetrahedra and of meshes.
+    /// Radius of a ball about Centre() that lies within a sphere or a tetrahedron, for certain; 0
+    /// of other shapes, and of tetrahedra so flat that their middle may be outside by its rounding.
     double InnerRadius() const { return m_inner; }
     /// Of a polytope, relative to Centre().
     VertexSpan Vertices() const {

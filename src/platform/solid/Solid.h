@@ -10,6 +10,9 @@
 /// Placements are any affine maps, singular ones included. An object whose placement holds a value
 /// that is not finite takes part in no contact and has no distance to anything.
 ///
+/// A polytope or complex shape is to be finished (DT_EndPolytope, DT_EndComplexShape) before scenes
+/// with objects made of it are tested; until then such an object takes no part.
+///
 /// Ownership: each `New`/`Create` call gives a handle that the caller releases with the matching
 /// `Delete`/`Destroy`. A shape must outlive the objects made of it, an object must leave its scene
 /// before either is destroyed. No function throws but std::bad_alloc, and none of those that

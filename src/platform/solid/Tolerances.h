@@ -33,6 +33,12 @@ inline constexpr double kNeedleTriangle = 1e-28;
 /// faces.
 inline constexpr double kFlatTetrahedron = 1e-28;
 
+/// Unit: the distance found, or what counts as touching if that is more. Where the support planes
+/// along its axis show cores to be apart by less than the distance by this, the axis is rounding. A
+/// smaller value sends cores that are apart through the expansion, which cannot measure them; a
+/// larger one lets wrong axes pass.
+inline constexpr double kPartedSlack = 1e3;
+
 /// Unit: the depth found. The expansion ends when the certified lower bound and the depth found
 /// differ by less. Polytopes end exactly; for curved shapes the number of faces grows with its
 /// inverse.
@@ -154,6 +160,10 @@ inline constexpr double kBallLeast = 1e-6;
 /// Unit: size of the mesh, and relative to a distance. What the planes around a part of a mesh may
 /// be off by where the placement is only as good a rotation as kRigid asks for.
 inline constexpr double kSlabSlack = 16 * kRigid;
+
+/// Square of a ratio: of the size of a hull to that of the whole pair. The edges of smaller ones
+/// are lost to the rounding of their corners, and closed forms decide nothing about them.
+inline constexpr double kLeastHull = 1e-16;
 
 /// Sizes outside this range (and its inverse) are brought near 1 before anything is computed, by a
 /// power of two, so that products of four lengths stay finite and normal.

@@ -70,7 +70,6 @@ struct Mat3 {
     Vec3 TransposeTimes(const Vec3& v) const {
         return {Dot(col[0], v), Dot(col[1], v), Dot(col[2], v)};
     }
-    double Determinant() const { return Dot(col[0], Cross(col[1], col[2])); }
 };
 
 /// x -> linear * x + origin.

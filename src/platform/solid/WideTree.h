@@ -98,12 +98,6 @@ class WideTree {
     }
     template <class Lanes, class Visit>
     void Walk(const Lanes& lanes, Visit&& visit) const;
-    template <class Visit>
-    static void VisitAll(const std::uint32_t* links, std::size_t count, Visit&& visit) {
-        for (std::size_t i = 0; i < count; ++i) {
-            visit(links[i] & ~kLeaf);
-        }
-    }
 
     std::vector<Node> m_nodes;
     std::vector<std::uint32_t> m_laneOf;  ///< of each item kLanes * node + lane

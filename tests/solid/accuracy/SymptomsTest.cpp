@@ -123,6 +123,66 @@ TEST(Symptoms, AskingAgainAfterOtherPosesGivesTheSameAnswer) {
     }
 }
 
+/// Scales that floats do not hold exactly leave the middles next to one axis, not on it.
+TEST(Symptoms, RoundBodiesOnOneAxisHaveTheirDepthAcrossOrAlongIt) {
+    for (const float scale : {1.45F, 0.37F, 3.1F}) {
+        for (int i = 0; i < 40; ++i) {
+            const float y = 0.1F * static_cast<float>(i - 20);
+            for (const Spec& other : {Cylinder(2, 3), Cone(2, 3)}) {
+                for (const Spec& scaled : {Cylinder(0.5F, 4), Cone(0.5F, 4)}) {
+                    ExpectOracleAgrees(Scaled(scaled, scale, scale, scale), At(other, 0, y, 0));
+                }
+            }
+        }
+    }
+}
+
+/// The direction from the border to the middle is rounding there.
+TEST(Symptoms, ASphereWithItsMiddleOnABorderPartsAcrossIt) {
+    for (int i = 1; i <= 20; ++i) {
+        const float radius = 0.1F * static_cast<float>(i);
+        ExpectOracleAgrees(Cone(radius, 1.4F), At(Sphere(0.5F), 0, 0, -0.5F * radius));
+        ExpectOracleAgrees(Cylinder(radius, 1.4F), At(Sphere(0.5F), radius, 0.1F, 0));
+        ExpectOracleAgrees(Cylinder(radius, 1.4F), At(Sphere(0.5F), 0, 0.7F, 0.3F * radius));
+        ExpectOracleAgrees(Segment({0, 0, 0}, {radius, 1.4F, 0.3F}),
+                           At(Sphere(0.5F), 0.1F * radius, 0.14F, 0.03F));
+    }
+}
+
+float Coordinate(Random& random) {
+    return static_cast<float>(random.Uniform(-1, 1));
+}
+
+/// Its middle, in floats, need not lie within it.
+TEST(Symptoms, AFlatTetrahedronFarFromItsFrameTouchesWhereItIs) {
+    Random random(7);
+    const auto corner = [&random](float thickness) {
+        return Point{1000 + Coordinate(random), 1000 + Coordinate(random),
+                     1000 + thickness * Coordinate(random)};
+    };
+    for (int i = 0; i < 200; ++i) {
+        const float thickness = i % 2 == 0 ? 0 : 1e-3F;
+        const Spec flat = WithMargin(
+            Polytope({corner(thickness), corner(thickness), corner(thickness), corner(thickness)}),
+            0.01F);
+        ExpectOracleAgrees(flat,
+                           At(Box(1, 1, 1), 1000, 1000, 1000.51F + 1e-5F * Coordinate(random)));
+    }
+}
+
+TEST(Symptoms, ABodyLostInAnotherHasADepthToo) {
+    for (float size = 1; size > 1e-30F; size *= 0.1F) {
+        const Spec tiny =
+            Scaled(Polytope({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}), size, size, size);
+        for (const Spec& large :
+             {Box(4, 4, 4), Polytope({{-3, -3, -3}, {9, 0, 0}, {0, 9, 0}, {0, 0, 9}})}) {
+            const Answers answers = Ask(At(tiny, 0.3F, 0.2F, 0.1F), large);
+            EXPECT_TRUE(answers.contact && answers.distance == 0 && answers.hasDepth) << size;
+            EXPECT_GT(answers.Depth(), 0.5) << size;
+        }
+    }
+}
+
 /// A mesh is a surface: its inside is free, and as far away as its nearest polygon.
 TEST(Symptoms, AnObjectWhollyInsideAMeshIsFree) {
     const Spec room = MeshBox(10, 10, 10);
