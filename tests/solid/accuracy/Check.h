@@ -17,10 +17,9 @@ namespace bar {
 inline constexpr double kTouching = 1e-6;
 /// Distances: this part of the distance, and ...
 inline constexpr double kDistance = 1e-6;
-/// ... this part of the size: floats hold a rotation little better, whether such a matrix is taken
-/// for the rotation or for what it says to the last digit is free, and next to touching the
-/// engine's iteration for thin or round bodies ends up to 4e-7 early.
-inline constexpr double kDistanceOfSize = 5e-7;
+/// ... this part of the size: floats hold a rotation no better, and whether such a matrix is taken
+/// for the rotation or for what it says to the last digit is free.
+inline constexpr double kDistanceOfSize = 1e-7;
 /// Closest points off their shapes, as a part of the size.
 inline constexpr double kPoint = 1e-6;
 /// Ends of depths off their shapes, as a part of the size.
