@@ -35,6 +35,10 @@ void* operator new(std::size_t size) {
 void* operator new(std::size_t size, std::align_val_t alignment) {
     return Allocate(size, static_cast<std::size_t>(alignment));
 }
+/// What the library's own algorithms ask for; it never fails here, as they would do without.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return std::malloc(size);
+}
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
