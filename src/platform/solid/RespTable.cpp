@@ -14,6 +14,8 @@ namespace {
 /// are asking objects: looking through them then costs less than the test itself.
 constexpr std::size_t kToleratedPending = 8;
 constexpr std::size_t kSpareResponses = 4;
+/// So many pairs are asked about one by one: that costs less than boxes and trees do.
+constexpr std::size_t kFewPairs = 8;
 
 /// D. Knuth's multiplicative hashing.
 std::uint64_t Mix(std::uint64_t hash, std::uint64_t value) {
@@ -208,9 +210,14 @@ void RespTable::MarkSides(const int* asking, std::size_t askingCount, const int*
             c.asking = m_stamp;
         }
     }
+    m_asked.clear();
     for (std::size_t i = 0; i < askedCount; ++i) {
         if (IsClass(asked[i])) {
-            m_classes[static_cast<std::size_t>(asked[i])].asked = m_stamp;
+            Class& c = m_classes[static_cast<std::size_t>(asked[i])];
+            if (c.asked != m_stamp && !c.objects.empty()) {
+                m_asked.push_back(&c);
+            }
+            c.asked = m_stamp;
         }
     }
 }
@@ -227,6 +234,10 @@ void RespTable::Collect(const Sides& sides, const Response& response, Scene& sce
     } else {
         MarkSides(sides.classes2, sides.count2, sides.classes1, sides.count1);
     }
+    if (std::max(objects1, objects2) <= kFewPairs / std::min(objects1, objects2)) {
+        CollectEach(response, scene, workspace);
+        return;
+    }
     scene.Update(
         [&](const Object& object) {
             const Class* const c = ClassOf(object);
@@ -242,6 +253,42 @@ void RespTable::Collect(const Sides& sides, const Response& response, Scene& sce
     }
 }
 
+void RespTable::CollectEach(const Response& response, const Scene& scene, Workspace& workspace) {
+    const auto takesPart = [&scene](const Object& object) {
+        return scene.Has(object) && object.TakesPart();
+    };
+    for (const Class* own : m_asking) {
+        for (const Object* const object : own->objects) {
+            if (!takesPart(*object)) {
+                continue;
+            }
+            for (const Class* others : m_asked) {
+                for (const Object* const other : others->objects) {
+                    if (takesPart(*other)) {
+                        AddCandidate(*object, own->asked == m_stamp, *other, *others, response,
+                                     workspace);
+                    }
+                }
+            }
+        }
+    }
+}
+
+void RespTable::AddCandidate(const Object& object, bool isAsked, const Object& other,
+                             const Class& classOfOther, const Response& response,
+                             Workspace& workspace) const {
+    if (&other == &object) {
+        return;
+    }
+    const std::uint64_t number = object.Number(), otherNumber = other.Number();
+    if (number < otherNumber) {
+        workspace.candidates.push_back({number, otherNumber, &object, &other, &response});
+    } else if (!isAsked || classOfOther.asking != m_stamp) {
+        // Else the other one asks too, and finds the pair.
+        workspace.candidates.push_back({otherNumber, number, &other, &object, &response});
+    }
+}
+
 void RespTable::CollectOf(const Object& object, bool isAsked, const Response& response,
                           Scene& scene, Workspace& workspace) {
     QueryVolume volume;
@@ -254,18 +301,10 @@ void RespTable::CollectOf(const Object& object, bool isAsked, const Response& re
         found.Prefetch();
         workspace.found.push_back(&found);
     });
-    const std::uint64_t number = object.Number();
     for (const Object* const other : workspace.found) {
         const Class* const c = ClassOf(*other);
-        if (c == nullptr || c->asked != m_stamp || other == &object) {
-            continue;
-        }
-        const std::uint64_t otherNumber = other->Number();
-        if (number < otherNumber) {
-            workspace.candidates.push_back({number, otherNumber, &object, other, &response});
-        } else if (!isAsked || c->asking != m_stamp) {
-            // Else the other one asks too, and finds the pair.
-            workspace.candidates.push_back({otherNumber, number, other, &object, &response});
+        if (c != nullptr && c->asked == m_stamp) {
+            AddCandidate(object, isAsked, *other, *c, response, workspace);
         }
     }
 }

@@ -111,8 +111,14 @@ class RespTable {
                    std::size_t askedCount);
     std::size_t CountObjects(const int* classes, std::size_t count) const;
     void Collect(const Sides& sides, const Response& response, Scene& scene, Workspace& workspace);
+    /// All pairs, whether near or not.
+    void CollectEach(const Response& response, const Scene& scene, Workspace& workspace);
+    /// What the trees tell of one object of the asking side. `isAsked`: of both sides.
     void CollectOf(const Object& object, bool isAsked, const Response& response, Scene& scene,
                    Workspace& workspace);
+    void AddCandidate(const Object& object, bool isAsked, const Object& other,
+                      const Class& classOfOther, const Response& response,
+                      Workspace& workspace) const;
     /// Calls `collect(workspace)` for the candidates, then the responses.
     template <class CollectAll>
     std::uint16_t Run(CollectAll&& collect);
@@ -126,6 +132,7 @@ class RespTable {
     std::vector<Response*> m_buckets;
     std::uint32_t m_stamp = 0;
     std::vector<const Class*> m_asking;  ///< classes with objects, each once
+    std::vector<const Class*> m_asked;   ///< the same
     std::unique_ptr<Workspace> m_workspace;
 };
 
