@@ -269,9 +269,10 @@ GjkResult RunGjk(const Core& a, const Core& b, GjkQuestion question, Simplex* la
             break;
         }
         // Near contact a step may turn v by more than rounding and yet shorten it by less.
-        const double noise = kDistanceFloor * scale * std::sqrt(squared);
-        const bool shorter = nearest.squared < squared;
-        if (!shorter && (!(nearest.squared < squared + noise) || ++stalls > kMaxStalls)) {
+        const auto isNoise = [&] {
+            return nearest.squared < squared + kDistanceFloor * scale * std::sqrt(squared);
+        };
+        if (!(nearest.squared < squared) && (!isNoise() || ++stalls > kMaxStalls)) {
             --simplex.count;
             break;  // no better point will be found
         }

@@ -200,24 +200,20 @@ void RespTable::MarkSides(const int* asking, std::size_t askingCount, const int*
         }
         m_stamp = 1;
     }
-    m_asking.clear();
-    for (std::size_t i = 0; i < askingCount; ++i) {
-        if (IsClass(asking[i])) {
-            Class& c = m_classes[static_cast<std::size_t>(asking[i])];
-            if (c.asking != m_stamp && !c.objects.empty()) {
-                m_asking.push_back(&c);
+    MarkSide(asking, askingCount, &Class::asking, m_asking);
+    MarkSide(asked, askedCount, &Class::asked, m_asked);
+}
+
+void RespTable::MarkSide(const int* classes, std::size_t count, std::uint32_t Class::*mark,
+                         std::vector<const Class*>& marked) {
+    marked.clear();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (IsClass(classes[i])) {
+            Class& c = m_classes[static_cast<std::size_t>(classes[i])];
+            if (c.*mark != m_stamp && !c.objects.empty()) {
+                marked.push_back(&c);
             }
-            c.asking = m_stamp;
-        }
-    }
-    m_asked.clear();
-    for (std::size_t i = 0; i < askedCount; ++i) {
-        if (IsClass(asked[i])) {
-            Class& c = m_classes[static_cast<std::size_t>(asked[i])];
-            if (c.asked != m_stamp && !c.objects.empty()) {
-                m_asked.push_back(&c);
-            }
-            c.asked = m_stamp;
+            c.*mark = m_stamp;
         }
     }
 }

@@ -78,7 +78,7 @@ class RespTable {
         const int* classes2;
         std::size_t count2;
     };
-    /// A pair whose boxes overlap. Those of one response stand behind those of the responses
+    /// A pair that may be in contact. Those of one response stand behind those of the responses
     /// before.
     struct Candidate {
         std::uint64_t number1, number2;  ///< of the objects, ascending
@@ -106,9 +106,12 @@ class RespTable {
         const int index = object.ClassIn(*this);
         return index < 0 ? nullptr : &m_classes[static_cast<std::size_t>(index)];
     }
-    /// Sets the stamps and m_asking.
+    /// Sets the stamps, m_asking and m_asked.
     void MarkSides(const int* asking, std::size_t askingCount, const int* asked,
                    std::size_t askedCount);
+    /// Stamps the classes of one side and lists those with objects, each once.
+    void MarkSide(const int* classes, std::size_t count, std::uint32_t Class::*mark,
+                  std::vector<const Class*>& marked);
     std::size_t CountObjects(const int* classes, std::size_t count) const;
     void Collect(const Sides& sides, const Response& response, Scene& scene, Workspace& workspace);
     /// All pairs, whether near or not.

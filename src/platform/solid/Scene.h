@@ -30,8 +30,7 @@ class Scene {
     void Remove(Object& object) noexcept;
     bool Has(const Object& object) const { return object.m_scene == this; }
 
-    // Objects are known by their slots while they are in the scene.
-    /// Null when the slot is free.
+    /// Objects are known by their slots while they are in the scene. Null when the slot is free.
     Object* At(std::uint32_t slot) const { return m_entries[slot].object; }
     /// To be called by an object whose placement or margin has changed.
     void Moved(std::uint32_t slot) noexcept {

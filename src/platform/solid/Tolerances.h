@@ -54,7 +54,8 @@ inline constexpr double kWidestGap = 5e-5;
 /// Unit: scale of the pair. The points that have a depth may lie off their bodies by as much.
 inline constexpr double kPointGap = 1e-6;
 
-/// Unit: scale of the pair. The same, absolute; also the height above which a point sees a face.
+/// Unit: scale of the pair. kDepthGap, absolute: below it the gap is rounding. Also the height
+/// above which a point sees a face.
 inline constexpr double kDepthFloor = 1e-13;
 
 /// Unit: area of the face. The foot of the origin that lies outside a face by more belongs to
@@ -165,8 +166,8 @@ inline constexpr double kSlabSlack = 16 * kRigid;
 /// are lost to the rounding of their corners, and closed forms decide nothing about them.
 inline constexpr double kLeastHull = 1e-16;
 
-/// Sizes outside this range (and its inverse) are brought near 1 before anything is computed, by a
-/// power of two, so that products of four lengths stay finite and normal.
+/// Sizes outside this range (and its inverse) are brought near 1 before an iteration or a closed
+/// form begins, by a power of two, so that products of four lengths stay finite and normal.
 inline constexpr double kComfortableSize = 1e20;
 
 /// Bounds on the number of steps. When one is hit the best certified answer is returned: the
