@@ -4,9 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <map>
 #include <random>
+
+#include "awkward_boxes.h"
 
 using namespace solid;
 
@@ -98,23 +99,7 @@ TEST_F(TreeTest, EmptyAndSingle) {
 // recursed would crash, and one of quadratic cost not end.
 TEST_F(TreeTest, LinesOfItemsAndEqualItems) {
     constexpr std::uint32_t kMany = 50000;
-    const auto line = [](std::uint32_t id) {
-        const float x = static_cast<float>(id);
-        return FloatBox{{x, 0, 0}, {x, 0, 0}};
-    };
-    const auto equal = [](std::uint32_t) { return FloatBox{{1, 2, 3}, {1, 2, 3}}; };
-    const auto growing = [](std::uint32_t id) {
-        const float x = std::pow(1.001f, static_cast<float>(id));
-        return FloatBox{{-x, -x, -x}, {x, x, x}};
-    };
-    const auto outwards = [](std::uint32_t id) {
-        const float x = std::pow(1.001f, static_cast<float>(id));
-        return FloatBox{{x, x, x}, {x, x, x}};
-    };
-    for (const auto& boxOf : {std::function<FloatBox(std::uint32_t)>(line),
-                              std::function<FloatBox(std::uint32_t)>(equal),
-                              std::function<FloatBox(std::uint32_t)>(growing),
-                              std::function<FloatBox(std::uint32_t)>(outwards)}) {
+    for (const BoxOfNumber& boxOf : AwkwardBoxes()) {
         m_tree = DynamicTree();
         m_boxes.clear();
         for (std::uint32_t id = 0; id < kMany; ++id) {

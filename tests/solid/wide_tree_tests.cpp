@@ -4,9 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <map>
 #include <random>
+
+#include "awkward_boxes.h"
 
 using namespace solid;
 
@@ -128,29 +129,7 @@ TEST_P(WideTreeTest, TellsWhenAMoveHasMadeItWorse) {
 
 // Each of these makes a careless tree deep, or puts all items into one cell of a grid.
 TEST_P(WideTreeTest, LinesOfItemsAndEqualItems) {
-    const auto line = [](std::uint32_t id) {
-        const float x = static_cast<float>(id);
-        return FloatBox{{x, 0, 0}, {x, 0, 0}};
-    };
-    const auto equal = [](std::uint32_t) { return FloatBox{{1, 2, 3}, {1, 2, 3}}; };
-    const auto growing = [](std::uint32_t id) {
-        const float x = std::pow(1.001f, static_cast<float>(id));
-        return FloatBox{{-x, -x, -x}, {x, x, x}};
-    };
-    const auto outwards = [](std::uint32_t id) {
-        const float x = std::pow(1.001f, static_cast<float>(id));
-        return FloatBox{{x, x, x}, {x, x, x}};
-    };
-    const auto oneFarAway = [](std::uint32_t id) {
-        const float x = id == 7 ? 1e30f : static_cast<float>(id % 200);
-        const float y = static_cast<float>(id / 200);
-        return FloatBox{{x, y, 0}, {x, y, 0}};
-    };
-    for (const auto& boxOf : {std::function<FloatBox(std::uint32_t)>(line),
-                              std::function<FloatBox(std::uint32_t)>(equal),
-                              std::function<FloatBox(std::uint32_t)>(growing),
-                              std::function<FloatBox(std::uint32_t)>(outwards),
-                              std::function<FloatBox(std::uint32_t)>(oneFarAway)}) {
+    for (const BoxOfNumber& boxOf : AwkwardBoxes()) {
         m_boxes.clear();
         for (std::uint32_t id = 0; id < 20000; ++id) {
             m_boxes[id] = boxOf(id);
