@@ -1,0 +1,102 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "nodes/Route.h"
+#include "nodes/nodes/NodeClasses.h"
+
+namespace nodes {
+
+/// Told the number of lines or nodes done, and the caller's word.
+using ProgressFn = void (*)(int count, void* userData);
+
+/// A tree of nodes and the routes between them. It owns both. Not for use by several threads.
+class NodeTree {
+  public:
+    NodeTree() { m_root.m_isRoot = true; }
+    NodeTree(const NodeTree&) = delete;
+    NodeTree& operator=(const NodeTree&) = delete;
+    virtual ~NodeTree();
+
+    Node* firstNode() const { return m_root.firstChild(); }
+    /// All nodes below the top.
+    int nodeCount() const;
+    /// Appends NODE at the top level and returns it.
+    Node& addNode(std::unique_ptr<Node> node, bool callInitialise);
+    /// Moves NODE to the end of the top level, from where it stands in this tree or another.
+    void addNode(Node& node, bool callInitialise);
+
+    /// Joins two fields of two nodes by name, the source among event-outs and exposed fields, the
+    /// target among event-ins and exposed fields. Null if a node or field is not found or the nodes
+    /// are the same; the route that is there already if there is an equal one.
+    Route* addRoute(const char* fromName, const char* fromField, const char* toName,
+                    const char* toField);
+    /// As above, of nodes of this tree.
+    Route* addRoute(Node& fromNode, Field& fromField, Node& toNode, Field& toField);
+    const std::list<Route>& routes() const { return m_routes; }
+    Route* firstRoute() { return m_routes.empty() ? nullptr : &m_routes.front(); }
+    Route* findRoute(const Node* fromNode, const Field* fromField, const Node* toNode,
+                     const Field* toField);
+
+    /// The first node of a name in the order of next(), or the node that it shows; null and "" find
+    /// nothing. Takes time in proportion to the tree.
+    Node* findNode(const char* text) const;
+    /// As findNode(), the last one.
+    Node* findLastNode(const char* text) const;
+    Node* findNodeOfType(std::int32_t type) const;
+
+    /// Delivers along each route from FIELD of NODE, tells its target, and goes on from there, one
+    /// route to its end before the next. A route that is delivering does not deliver inside itself.
+    void cascade(Node& node, Field& field);
+
+    /// Deletes all nodes and routes.
+    void clear();
+
+    /// Binds or unbinds a bindable node; a tree without stacks does nothing.
+    virtual void setBound(Node& node, bool state);
+    /// The bound viewpoint or, where none is, one with the values of its class.
+    virtual const ViewpointNode& viewer() const;
+
+  protected:
+    Node& root() { return m_root; }
+    const Node& root() const { return m_root; }
+    /// Moves all nodes of OTHER here in order, then its routes.
+    void takeNodes(NodeTree& other);
+    void takeRoutes(NodeTree& other);
+
+  private:
+    friend class Node;
+
+    struct Ends {
+        const Node* fromNode;
+        const Field* fromField;
+        const Node* toNode;
+        const Field* toField;
+        bool operator==(const Ends&) const = default;
+    };
+    struct EndsHash {
+        std::size_t operator()(const Ends& ends) const;
+    };
+    using RouteList = std::list<Route>;
+
+    void removeRoutesOf(Node& node);
+    void forgetInScripts(const Node& node);
+
+    RootNode m_root;
+    RouteList m_routes;
+    std::unordered_map<Ends, RouteList::iterator, EndsHash> m_routeOfEnds;
+    std::unordered_map<const Field*, std::vector<Route*>> m_routesFrom;
+    // Nodes that stand in an SFNode field of a Script, the only ones for which Scripts are
+    // searched.
+    int m_scripts = 0;
+};
+
+}  // namespace nodes

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "nodes/NodeTree.h"
+
+namespace nodes {
+
+/// Why a read failed. LINE is 0 and the texts are empty where nothing is known.
+struct ReadError {
+    std::int32_t line = 0;
+    std::string message;
+    std::string token;
+    std::string lineText;
+};
+
+/// What the first bytes of a file say of it.
+enum FileType : std::int32_t {
+    kUnknownFile = 0,
+    kVrmlFile = 1,
+    kXmlFile = 2,
+    kGifFile = 4,
+    kJpegFile = 5,
+    kPngFile = 7,
+    kGzipFile = 8,
+};
+/// kUnknownFile also for a file that cannot be opened or is shorter than five bytes.
+std::int32_t detectFileType(const char* path);
+
+/// A whole world: a tree that is read from files and written to them, and the stacks of its bound
+/// nodes. One thread at a time may use the node library.
+class SceneGraph : public NodeTree {
+  public:
+    using BindStack = std::vector<Node*>;
+
+    SceneGraph();
+    ~SceneGraph() override;
+
+    /// clear(), then read().
+    bool load(const char* path, bool callInitialise, ProgressFn progressFn, void* userData);
+    /// Adds the nodes and routes of a VRML97 file, plain or packed by gzip, and binds the first
+    /// node of each bindable type. False if it cannot be read, with the reason in error(); nothing
+    /// is added then. With callInitialise, each USE becomes an instance of its node, at the end of
+    /// the children beside which it stands.
+    bool read(const char* path, bool callInitialise, ProgressFn progressFn, void* userData);
+    /// Writes the world as gzip-packed VRML97 of at most 100,000,000 characters; what is beyond is
+    /// dropped. Always true.
+    bool saveVrml(const char* path, ProgressFn progressFn, void* userData);
+    /// Whether all of the last saveVrml() reached the file.
+    bool savedWhole() const { return m_savedWhole; }
+    /// Writes the world as XML, top-level nodes and routes side by side. False if the file cannot
+    /// be created.
+    bool saveXml(const char* path, ProgressFn progressFn, void* userData);
+    /// Initialises all nodes, and puts instances in place of all references.
+    void initialise(ProgressFn progressFn, void* userData);
+
+    void setBound(Node& node, bool state) override;
+    const ViewpointNode& viewer() const override;
+    /// The top of a stack, null if it is empty.
+    static Node* boundNode(const BindStack& stack);
+    const BindStack& backgrounds() const { return m_backgrounds; }
+    const BindStack& fogs() const { return m_fogs; }
+    const BindStack& navigationInfos() const { return m_navigationInfos; }
+    const BindStack& viewpoints() const { return m_viewpoints; }
+    BackgroundNode& defaultBackground() { return m_defaultBackground; }
+    FogNode& defaultFog() { return m_defaultFog; }
+    NavigationInfoNode& defaultNavigationInfo() { return m_defaultNavigationInfo; }
+    ViewpointNode& defaultViewpoint() { return m_defaultViewpoint; }
+
+    const ReadError& error() const { return m_error; }
+    /// True after a successful read.
+    bool loaded() const { return m_loaded; }
+
+  private:
+    BindStack* stackOf(std::int32_t type);
+    void bind(BindStack& stack, Node& node);
+    void unbind(BindStack& stack, Node& node);
+    void replaceInstances();
+    bool resolveReferences();
+
+    BindStack m_backgrounds;
+    BindStack m_fogs;
+    BindStack m_navigationInfos;
+    BindStack m_viewpoints;
+    BackgroundNode m_defaultBackground;
+    FogNode m_defaultFog;
+    NavigationInfoNode m_defaultNavigationInfo;
+    ViewpointNode m_defaultViewpoint;
+    ReadError m_error;
+    bool m_loaded = false;
+    bool m_savedWhole = true;
+};
+
+}  // namespace nodes
