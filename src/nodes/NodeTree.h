@@ -9,6 +9,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include "nodes/Route.h"
 #include "nodes/nodes/NodeClasses.h"
@@ -21,7 +22,7 @@ using ProgressFn = void (*)(int count, void* userData);
 /// A tree of nodes and the routes between them. It owns both. Not for use by several threads.
 class NodeTree {
   public:
-    NodeTree() { m_root.m_isRoot = true; }
+    NodeTree();
     NodeTree(const NodeTree&) = delete;
     NodeTree& operator=(const NodeTree&) = delete;
     virtual ~NodeTree();
@@ -40,8 +41,10 @@ class NodeTree {
     Route* addRoute(const char* fromName, const char* fromField, const char* toName,
                     const char* toField);
     /// As above, of nodes of this tree.
+    Route* addRoute(Node& fromNode, const char* fromField, Node& toNode, const char* toField);
     Route* addRoute(Node& fromNode, Field& fromField, Node& toNode, Field& toField);
     const std::list<Route>& routes() const { return m_routes; }
+    std::list<Route>& routes() { return m_routes; }
     Route* firstRoute() { return m_routes.empty() ? nullptr : &m_routes.front(); }
     Route* findRoute(const Node* fromNode, const Field* fromField, const Node* toNode,
                      const Field* toField);
@@ -68,8 +71,9 @@ class NodeTree {
   protected:
     Node& root() { return m_root; }
     const Node& root() const { return m_root; }
-    /// Moves all nodes of OTHER here in order, then its routes.
+    /// Moves all nodes of OTHER here in order. Its routes stay with it, for takeRoutes() alone.
     void takeNodes(NodeTree& other);
+    /// Moves the routes of OTHER here, where their nodes have come by takeNodes().
     void takeRoutes(NodeTree& other);
 
   private:
@@ -87,16 +91,17 @@ class NodeTree {
     };
     using RouteList = std::list<Route>;
 
-    void removeRoutesOf(Node& node);
-    void forgetInScripts(const Node& node);
+    /// Removes what the tree knows of the nodes of TOP's subtree, which are marked as leaving.
+    void forgetLeaving(Node& top);
+    void removeLeavingRoutes();
+    void forgetRoute(const Route& route);
 
     RootNode m_root;
     RouteList m_routes;
-    std::unordered_map<Ends, RouteList::iterator, EndsHash> m_routeOfEnds;
+    std::unordered_map<Ends, Route*, EndsHash> m_routeOfEnds;
     std::unordered_map<const Field*, std::vector<Route*>> m_routesFrom;
-    // Nodes that stand in an SFNode field of a Script, the only ones for which Scripts are
-    // searched.
-    int m_scripts = 0;
+    // The Script nodes, whose SFNode fields may name nodes.
+    std::unordered_set<Node*> m_scripts;
 };
 
 }  // namespace nodes

@@ -1,20 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "nodes/NodeTree.h"
+#include "nodes/reader/ReadError.h"
 
 namespace nodes {
-
-/// Why a read failed. LINE is 0 and the texts are empty where nothing is known.
-struct ReadError {
-    std::int32_t line = 0;
-    std::string message;
-    std::string token;
-    std::string lineText;
-};
 
 /// What the first bytes of a file say of it.
 enum FileType : std::int32_t {
@@ -34,10 +27,14 @@ std::int32_t detectFileType(const char* path);
 class SceneGraph : public NodeTree {
   public:
     using BindStack = std::vector<Node*>;
+    static constexpr std::size_t kInstanceNodes = std::size_t{1} << 20;
+    static constexpr std::size_t kInstanceNodesEach = 64;
 
     SceneGraph();
     ~SceneGraph() override;
 
+    /// Deletes all nodes and routes; nothing is bound then.
+    void clear();
     /// clear(), then read().
     bool load(const char* path, bool callInitialise, ProgressFn progressFn, void* userData);
     /// Adds the nodes and routes of a VRML97 file, plain or packed by gzip, and binds the first
@@ -53,7 +50,9 @@ class SceneGraph : public NodeTree {
     /// Writes the world as XML, top-level nodes and routes side by side. False if the file cannot
     /// be created.
     bool saveXml(const char* path, ProgressFn progressFn, void* userData);
-    /// Initialises all nodes, and puts instances in place of all references.
+    /// Initialises all nodes, and puts instances in place of all references. Nodes that show each
+    /// other may ask for more nodes than any memory holds: what goes beyond kInstanceNodes and
+    /// kInstanceNodesEach for each node of the tree stays a reference.
     void initialise(ProgressFn progressFn, void* userData);
 
     void setBound(Node& node, bool state) override;
@@ -74,11 +73,14 @@ class SceneGraph : public NodeTree {
     bool loaded() const { return m_loaded; }
 
   private:
-    BindStack* stackOf(std::int32_t type);
+    BindStack& stackOf(const Node& node);
     void bind(BindStack& stack, Node& node);
     void unbind(BindStack& stack, Node& node);
+    void initialiseNodes(ProgressFn progressFn, void* userData);
     void replaceInstances();
     bool resolveReferences();
+    bool prepare();
+    bool add(NodeTree& tree, bool callInitialise);
 
     BindStack m_backgrounds;
     BindStack m_fogs;

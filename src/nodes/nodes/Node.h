@@ -96,8 +96,9 @@ class Node {
 
     /// Appends CHILD, which belongs to this node from now on, and returns it.
     Node& addChild(std::unique_ptr<Node> child, bool callInitialise);
-    /// Moves CHILD here, behind the other children, from where it stands in a tree. Does nothing if
-    /// CHILD is this node or stands above it.
+    /// Moves CHILD here, behind the other children, from where it stands. Does nothing if CHILD is
+    /// this node or stands above it, or if it stands nowhere. One that comes from another tree
+    /// leaves its routes there.
     void addChild(Node& child, bool callInitialise);
     /// Takes this node out of its tree: with it go its routes, what Script fields say of it, its
     /// instances and its place among the bound nodes. The caller gets the node; null if nothing
@@ -152,10 +153,12 @@ class Node {
     /// Null for an index out of range.
     Field* fieldOf(FieldKind kind, int i) const;
 
-    /// The children that a Switch or an LOD chooses from; not owned.
+    /// The children that a Switch or an LOD chooses from. Only a child of this node is staged, and
+    /// one that leaves it is staged no more.
     int stagedCount() const;
     Node* stagedAt(int i) const;
     void stage(Node& node);
+    /// Puts all staged children back into the ring, and forgets that they were staged.
     void clearStaged();
 
     // Events and places.
@@ -195,6 +198,12 @@ class Node {
         return found && found->type() == own.type() ? static_cast<Type&>(*found) : own;
     }
 
+    /// Takes every staged child out of the ring; it stays this node's own, and keeps its routes and
+    /// its instances. showStaged() puts one, or all, back at the end.
+    void hideStaged();
+    void showStaged(Node& node);
+    void showStaged();
+
     bool initialised() const { return m_initialised; }
     void setInitialised(bool initialised) { m_initialised = initialised; }
 
@@ -205,20 +214,25 @@ class Node {
     struct Extras {
         std::array<std::vector<std::unique_ptr<Field>>, kFieldKinds> fields;
         std::vector<Node*> staged;
+        // Staged children out of the ring, which this list owns. Their parent is set.
+        std::vector<Node*> parked;
     };
 
     Node& holder() { return m_source ? *m_source : *this; }
     const Node& holder() const { return m_source ? *m_source : *this; }
     Field* fieldNamed(FieldKind kind, const char* name) const;
     Field* findEvent(FieldKind kind, const char* text, bool in, bool out) const;
+    Field& addFieldOf(FieldKind kind, std::unique_ptr<Field> field);
     Field& addFieldOf(FieldKind kind, const char* text, std::unique_ptr<Field> field);
+    std::unique_ptr<Node> makeShell(NodeTree* scene);
     void link(Node& child);
     void unlink();
+    void unlinkFromRing();
     void setSceneBelow(NodeTree* scene);
+    void showFieldsOf(Node& source);
     void forgetSource();
-    void forgetStaged();
-    static void sever(Node& node);
-    static void destroy(Node* top);
+    static void destroy(std::vector<Node*> tops);
+    static void free(Node* top);
 
     // Siblings and children; the links from a node to its children own them.
     Node* m_parent = nullptr;
@@ -240,8 +254,10 @@ class Node {
     bool m_isInstance = false;
     bool m_initialised = false;
     bool m_isRoot = false;
+    bool m_isParked = false;
+    // While the node leaves its tree, and while it is being destroyed.
+    bool m_leaving = false;
     bool m_doomed = false;
-    bool m_bound = false;
 };
 
 }  // namespace nodes

@@ -1,0 +1,210 @@
+#include "nodes/NodeTree.h"
+
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace nodes {
+
+NodeTree::NodeTree() {
+    m_root.m_isRoot = true;
+    m_root.m_scene = this;
+}
+
+NodeTree::~NodeTree() {
+    clear();
+}
+
+int NodeTree::nodeCount() const {
+    int count = 0;
+    for (const Node* node = firstNode(); node; node = node->next()) {
+        ++count;
+    }
+    return count;
+}
+
+Node& NodeTree::addNode(std::unique_ptr<Node> node, bool callInitialise) {
+    return m_root.addChild(std::move(node), callInitialise);
+}
+
+void NodeTree::addNode(Node& node, bool callInitialise) {
+    m_root.addChild(node, callInitialise);
+}
+
+std::size_t NodeTree::EndsHash::operator()(const Ends& ends) const {
+    constexpr std::size_t kMultiplier = 0x9E3779B97F4A7C15ULL;
+    std::size_t hash = 0;
+    for (const void* end :
+         {static_cast<const void*>(ends.fromNode), static_cast<const void*>(ends.fromField),
+          static_cast<const void*>(ends.toNode), static_cast<const void*>(ends.toField)}) {
+        hash = (hash ^ std::hash<const void*>()(end)) * kMultiplier;
+        hash ^= hash >> 32;
+    }
+    return hash;
+}
+
+Route* NodeTree::addRoute(const char* fromName, const char* fromField, const char* toName,
+                          const char* toField) {
+    Node* from = findNode(fromName);
+    Node* to = findNode(toName);
+    return from && to ? addRoute(*from, fromField, *to, toField) : nullptr;
+}
+
+Route* NodeTree::addRoute(Node& fromNode, const char* fromField, Node& toNode,
+                          const char* toField) {
+    Field* from = fromNode.findEventOut(fromField);
+    if (!from) {
+        from = fromNode.findExposedField(fromField);
+    }
+    Field* to = toNode.findEventIn(toField);
+    if (!to) {
+        to = toNode.findExposedField(toField);
+    }
+    return from && to ? addRoute(fromNode, *from, toNode, *to) : nullptr;
+}
+
+Route* NodeTree::addRoute(Node& fromNode, Field& fromField, Node& toNode, Field& toField) {
+    if (&fromNode == &toNode || fromNode.m_scene != this || toNode.m_scene != this) {
+        return nullptr;
+    }
+    if (Route* present = findRoute(&fromNode, &fromField, &toNode, &toField)) {
+        return present;
+    }
+    m_routes.emplace_back(fromNode, fromField, toNode, toField);
+    Route& route = m_routes.back();
+    m_routeOfEnds.emplace(Ends{&fromNode, &fromField, &toNode, &toField}, &route);
+    m_routesFrom[&fromField].push_back(&route);
+    ++fromNode.m_routeEnds;
+    ++toNode.m_routeEnds;
+    return &route;
+}
+
+Route* NodeTree::findRoute(const Node* fromNode, const Field* fromField, const Node* toNode,
+                           const Field* toField) {
+    const auto found = m_routeOfEnds.find(Ends{fromNode, fromField, toNode, toField});
+    return found == m_routeOfEnds.end() ? nullptr : found->second;
+}
+
+Node* NodeTree::findNode(const char* text) const {
+    if (!text || !*text) {
+        return nullptr;
+    }
+    Node* node = m_root.nextNamed(text);
+    return node ? &node->holder() : nullptr;
+}
+
+Node* NodeTree::findLastNode(const char* text) const {
+    if (!text || !*text) {
+        return nullptr;
+    }
+    Node* last = nullptr;
+    for (Node* node = m_root.nextNamed(text); node; node = node->nextNamed(text)) {
+        last = node;
+    }
+    return last ? &last->holder() : nullptr;
+}
+
+Node* NodeTree::findNodeOfType(std::int32_t type) const {
+    Node* node = m_root.nextOfType(type);
+    return node ? &node->holder() : nullptr;
+}
+
+void NodeTree::clear() {
+    for (const Route& route : m_routes) {
+        route.fromNode()->m_routeEnds = 0;
+        route.toNode()->m_routeEnds = 0;
+    }
+    m_routeOfEnds.clear();
+    m_routesFrom.clear();
+    m_routes.clear();
+    m_scripts.clear();
+    std::vector<Node*> tops;
+    for (Node* node = firstNode(); node; node = node->nextSibling()) {
+        tops.push_back(node);
+    }
+    Node::destroy(std::move(tops));
+}
+
+void NodeTree::setBound(Node&, bool) {}
+
+const ViewpointNode& NodeTree::viewer() const {
+    static const ViewpointNode viewpoint;
+    return viewpoint;
+}
+
+void NodeTree::takeNodes(NodeTree& other) {
+    // The ends of a route are counted again by takeRoutes().
+    for (const Route& route : other.m_routes) {
+        route.fromNode()->m_routeEnds = 0;
+        route.toNode()->m_routeEnds = 0;
+    }
+    // What a Script of OTHER names comes along.
+    other.m_scripts.clear();
+    const Node* from = &other.m_root;
+    if (const Node* first = other.firstNode(); first && first->isType(kXmlElement)) {
+        from = first->isType(kXmlScene) ? first : first->nextOfType(kXmlScene);
+    }
+    while (from && from->firstChild()) {
+        addNode(*from->firstChild(), false);
+    }
+}
+
+void NodeTree::takeRoutes(NodeTree& other) {
+    other.m_routeOfEnds.clear();
+    other.m_routesFrom.clear();
+    for (const Route& route : std::exchange(other.m_routes, {})) {
+        addRoute(*route.fromNode(), *route.fromField(), *route.toNode(), *route.toField());
+    }
+}
+
+void NodeTree::forgetLeaving(Node& top) {
+    bool routed = false;
+    for (Node* node = &top; node; node = node->nextWithin(&top)) {
+        routed = routed || node->m_routeEnds > 0;
+        m_scripts.erase(node);
+    }
+    if (routed) {
+        removeLeavingRoutes();
+    }
+    for (const Node* script : m_scripts) {
+        for (int i = 0; i < script->fieldCount(); ++i) {
+            Field* field = script->fieldAt(i);
+            if (field->type() != kSFNode) {
+                continue;
+            }
+            auto& named = static_cast<SFNode&>(*field);
+            if (named.value() && named.value()->m_leaving) {
+                named.setValue(nullptr);
+            }
+        }
+    }
+    for (Node* node = &top; node; node = node->nextWithin(&top)) {
+        if (node->isBindable()) {
+            setBound(*node, false);
+        }
+    }
+}
+
+void NodeTree::removeLeavingRoutes() {
+    for (auto route = m_routes.begin(); route != m_routes.end();) {
+        if (route->m_fromNode->m_leaving || route->m_toNode->m_leaving) {
+            forgetRoute(*route);
+            route = m_routes.erase(route);
+        } else {
+            ++route;
+        }
+    }
+}
+
+void NodeTree::forgetRoute(const Route& route) {
+    --route.m_fromNode->m_routeEnds;
+    --route.m_toNode->m_routeEnds;
+    m_routeOfEnds.erase(Ends{route.m_fromNode, route.m_fromField, route.m_toNode, route.m_toField});
+    const auto from = m_routesFrom.find(route.m_fromField);
+    std::erase(from->second, &route);
+    if (from->second.empty()) {
+        m_routesFrom.erase(from);
+    }
+}
+
+}  // namespace nodes

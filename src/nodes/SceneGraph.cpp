@@ -1,0 +1,175 @@
+#include "nodes/SceneGraph.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+namespace nodes {
+namespace {
+
+/// The node to which NODE's place in the tree belongs: its parent, or the top level.
+void addBeside(NodeTree& tree, const Node& node, std::unique_ptr<Node> added) {
+    if (Node* parent = node.parent()) {
+        parent->addChild(std::move(added), false);
+    } else {
+        tree.addNode(std::move(added), false);
+    }
+}
+
+void tellBound(Node& node, bool isBound) {
+    SFBool& field = static_cast<BindableNode&>(node).isBoundField();
+    field.setValue(isBound);
+    node.sendEvent(field);
+}
+
+}  // namespace
+
+SceneGraph::SceneGraph() = default;
+
+SceneGraph::~SceneGraph() {
+    clear();
+}
+
+void SceneGraph::clear() {
+    for (BindStack* stack : {&m_backgrounds, &m_fogs, &m_navigationInfos, &m_viewpoints}) {
+        stack->clear();
+    }
+    NodeTree::clear();
+}
+
+void SceneGraph::initialise(ProgressFn progressFn, void* userData) {
+    initialiseNodes(progressFn, userData);
+    prepare();
+}
+
+bool SceneGraph::prepare() {
+    replaceInstances();
+    const bool resolved = resolveReferences();
+    for (Route& route : routes()) {
+        route.clearDelivered();
+    }
+    return resolved;
+}
+
+void SceneGraph::initialiseNodes(ProgressFn progressFn, void* userData) {
+    int count = 0;
+    for (Node* node = firstNode(); node; node = node->next()) {
+        if (!node->instanceOf()) {
+            node->initialise();
+        }
+        if (progressFn) {
+            progressFn(++count, userData);
+        }
+    }
+}
+
+void SceneGraph::replaceInstances() {
+    for (Node* node = firstNode(); node;) {
+        if (!node->instanceOf() || node->isPlaceholder()) {
+            node = node->next();
+            continue;
+        }
+        addBeside(*this, *node, node->makeReference());
+        Node* behind = node->nextBehind();
+        node->detach();
+        node = behind;
+    }
+}
+
+bool SceneGraph::resolveReferences() {
+    // findNode() for every name at once. What is added below stands behind the node that it shows.
+    std::unordered_map<std::string_view, Node*> firstOfName;
+    std::size_t count = 0;
+    for (Node* node = firstNode(); node; node = node->next()) {
+        ++count;
+        if (node->hasName()) {
+            firstOfName.emplace(node->nameText(), node->instanceOf() ? node->instanceOf() : node);
+        }
+    }
+    std::size_t budget = kInstanceNodes + kInstanceNodesEach * count;
+    bool complete = true;
+    for (Node* node = firstNode(); node;) {
+        if (!node->isPlaceholder()) {
+            node = node->next();
+            continue;
+        }
+        const auto named = firstOfName.find(node->nameText());
+        std::unique_ptr<Node> instance;
+        if (named != firstOfName.end() && !named->second->isPlaceholder()) {
+            instance = named->second->instantiate(this, &budget);
+            complete = complete && instance;
+        }
+        if (!instance) {
+            node = node->nextBehind();
+            continue;
+        }
+        addBeside(*this, *node, std::move(instance));
+        Node* behind = node->nextBehind();
+        node->detach();
+        node = behind;
+    }
+    return complete;
+}
+
+SceneGraph::BindStack& SceneGraph::stackOf(const Node& node) {
+    switch (node.type()) {
+        case kBackground:
+            return m_backgrounds;
+        case kFog:
+            return m_fogs;
+        case kNavigationInfo:
+            return m_navigationInfos;
+        default:
+            return m_viewpoints;
+    }
+}
+
+void SceneGraph::setBound(Node& node, bool state) {
+    if (!node.isBindable()) {
+        return;
+    }
+    if (state) {
+        bind(stackOf(node), node);
+    } else {
+        unbind(stackOf(node), node);
+    }
+}
+
+void SceneGraph::bind(BindStack& stack, Node& node) {
+    Node* top = boundNode(stack);
+    if (top == &node) {
+        return;
+    }
+    if (top) {
+        tellBound(*top, false);
+    }
+    std::erase(stack, &node);
+    stack.push_back(&node);
+    tellBound(node, true);
+}
+
+void SceneGraph::unbind(BindStack& stack, Node& node) {
+    if (boundNode(stack) != &node) {
+        std::erase(stack, &node);
+        return;
+    }
+    tellBound(node, false);
+    std::erase(stack, &node);
+    if (Node* top = boundNode(stack)) {
+        tellBound(*top, true);
+    }
+}
+
+Node* SceneGraph::boundNode(const BindStack& stack) {
+    return stack.empty() ? nullptr : stack.back();
+}
+
+const ViewpointNode& SceneGraph::viewer() const {
+    const Node* bound = boundNode(m_viewpoints);
+    return bound ? static_cast<const ViewpointNode&>(*bound) : m_defaultViewpoint;
+}
+
+}  // namespace nodes
