@@ -22,6 +22,13 @@ enum FileType : std::int32_t {
 /// kUnknownFile also for a file that cannot be opened or is shorter than five bytes.
 std::int32_t detectFileType(const char* path);
 
+enum class SaveFault : std::uint8_t {
+    kNone,
+    kNotCreated,
+    kNotWritten,
+    kCut,  // more text than the form may have
+};
+
 /// A whole world: a tree that is read from files and written to them, and the stacks of its bound
 /// nodes. One thread at a time may use the node library.
 class SceneGraph : public NodeTree {
@@ -45,8 +52,9 @@ class SceneGraph : public NodeTree {
     /// Writes the world as gzip-packed VRML97 of at most 100,000,000 characters; what is beyond is
     /// dropped. Always true.
     bool saveVrml(const char* path, ProgressFn progressFn, void* userData);
-    /// Whether all of the last saveVrml() reached the file.
-    bool savedWhole() const { return m_savedWhole; }
+    /// Whether all of the last saveVrml() or saveXml() reached the file, and what kept it.
+    bool savedWhole() const { return m_saveFault == SaveFault::kNone; }
+    SaveFault saveFault() const { return m_saveFault; }
     /// Writes the world as XML, top-level nodes and routes side by side. False if the file cannot
     /// be created.
     bool saveXml(const char* path, ProgressFn progressFn, void* userData);
@@ -76,6 +84,7 @@ class SceneGraph : public NodeTree {
     BindStack& stackOf(const Node& node);
     void bind(BindStack& stack, Node& node);
     void unbind(BindStack& stack, Node& node);
+    void prepareSave();
     void initialiseNodes(ProgressFn progressFn, void* userData);
     void replaceInstances();
     bool resolveReferences();
@@ -92,7 +101,7 @@ class SceneGraph : public NodeTree {
     ViewpointNode m_defaultViewpoint;
     ReadError m_error;
     bool m_loaded = false;
-    bool m_savedWhole = true;
+    SaveFault m_saveFault = SaveFault::kNone;
 };
 
 }  // namespace nodes

@@ -42,11 +42,11 @@ class MField : public Field {
     const char* toText(std::string& out) const override;
     /// Stops before the item that would bring the text, with its separator, to CAPACITY characters.
     char* print(char* buffer, std::size_t capacity) const override;
+    /// toText() of item I, without an object for it.
+    virtual const char* itemText(int i, std::string& out) const = 0;
 
   protected:
     using Field::Field;
-    /// A copy of item I for a reader that must not leave an object behind.
-    virtual const char* itemText(int i, std::string& out) const = 0;
 };
 
 /// The list of ITEMs, whose values are of type Item::Value.
@@ -96,8 +96,6 @@ class ListOf : public MField {
     void assign(const Field& other) override;
     void write(TextStream& stream, std::string_view indent) const override;
     int componentCount() const override { return Item().componentCount(); }
-
-  protected:
     const char* itemText(int i, std::string& out) const override;
 
   private:

@@ -27,6 +27,8 @@ class TextStream {
     void putTabs(std::size_t count);
     /// Hands on what is still in the buffer.
     void finish();
+    /// Whether what is put from now on is lost, so that a writer may as well stop.
+    virtual bool full() const { return false; }
 
   protected:
     /// Takes LENGTH characters; what it cannot take it drops, and remembers that in its own way.
@@ -57,6 +59,7 @@ class FileStream final : public TextStream {
   public:
     explicit FileStream(std::FILE* file) : m_file(file) {}
     bool failed() const { return m_failed; }
+    bool full() const override { return m_failed; }
 
   protected:
     void take(const char* text, std::size_t length) override;
