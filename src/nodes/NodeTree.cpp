@@ -72,6 +72,7 @@ Route* NodeTree::addRoute(Node& fromNode, Field& fromField, Node& toNode, Field&
     }
     m_routes.emplace_back(fromNode, fromField, toNode, toField);
     Route& route = m_routes.back();
+    route.m_number = ++m_lastRoute;
     m_routeOfEnds.emplace(Ends{&fromNode, &fromField, &toNode, &toField}, &route);
     m_routesFrom[&fromField].push_back(&route);
     ++fromNode.m_routeEnds;
@@ -110,10 +111,7 @@ Node* NodeTree::findNodeOfType(std::int32_t type) const {
 }
 
 void NodeTree::clear() {
-    for (const Route& route : m_routes) {
-        route.fromNode()->m_routeEnds = 0;
-        route.toNode()->m_routeEnds = 0;
-    }
+    uncountRoutes();
     m_routeOfEnds.clear();
     m_routesFrom.clear();
     m_routes.clear();
@@ -133,11 +131,7 @@ const ViewpointNode& NodeTree::viewer() const {
 }
 
 void NodeTree::takeNodes(NodeTree& other) {
-    // The ends of a route are counted again by takeRoutes().
-    for (const Route& route : other.m_routes) {
-        route.fromNode()->m_routeEnds = 0;
-        route.toNode()->m_routeEnds = 0;
-    }
+    other.uncountRoutes();
     // What a Script of OTHER names comes along.
     other.m_scripts.clear();
     const Node* from = &other.m_root;
@@ -146,6 +140,27 @@ void NodeTree::takeNodes(NodeTree& other) {
     }
     while (from && from->firstChild()) {
         addNode(*from->firstChild(), false);
+    }
+}
+
+void NodeTree::moveTo(Node& parent) {
+    uncountRoutes();
+    m_scripts.clear();
+    while (Node* node = firstNode()) {
+        node->unlink();
+        parent.link(*node);
+    }
+    if (parent.m_scene) {
+        parent.m_scene->takeRoutes(*this);
+    } else {
+        clear();
+    }
+}
+
+void NodeTree::uncountRoutes() {
+    for (const Route& route : m_routes) {
+        route.m_fromNode->m_routeEnds = 0;
+        route.m_toNode->m_routeEnds = 0;
     }
 }
 

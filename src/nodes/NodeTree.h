@@ -56,12 +56,24 @@ class NodeTree {
     Node* findLastNode(const char* text) const;
     Node* findNodeOfType(std::int32_t type) const;
 
+    /// Cascades inside each other, as receivers send events of their own. A deeper event is lost.
+    static constexpr int kNestedCascades = 1000;
+    /// Routes that an event tries before it is lost, counted with all that it sets off: so many,
+    /// and so many more for each route of the tree. Routes that fork and meet again multiply an
+    /// event.
+    static constexpr std::size_t kCascadeSteps = 100000;
+    static constexpr std::size_t kCascadeStepsEach = 16;
+
     /// Delivers along each route from FIELD of NODE, tells its target, and goes on from there, one
     /// route to its end before the next. A route that is delivering does not deliver inside itself.
+    /// The way may be of any length; receivers may add and remove routes and nodes.
     void cascade(Node& node, Field& field);
 
     /// Deletes all nodes and routes.
     void clear();
+    /// Moves all nodes to the end of PARENT's children, in another tree or outside of any, and
+    /// their routes to that tree.
+    void moveTo(Node& parent);
 
     /// Binds or unbinds a bindable node; a tree without stacks does nothing.
     virtual void setBound(Node& node, bool state);
@@ -79,6 +91,8 @@ class NodeTree {
   private:
     friend class Node;
 
+    class Cascade;
+
     struct Ends {
         const Node* fromNode;
         const Field* fromField;
@@ -91,6 +105,8 @@ class NodeTree {
     };
     using RouteList = std::list<Route>;
 
+    /// Nodes of the tree may leave it then, and the routes stay; takeRoutes() counts them again.
+    void uncountRoutes();
     /// Removes what the tree knows of the nodes of TOP's subtree, which are marked as leaving.
     void forgetLeaving(Node& top);
     void removeLeavingRoutes();
@@ -98,7 +114,9 @@ class NodeTree {
 
     RootNode m_root;
     RouteList m_routes;
+    std::uint64_t m_lastRoute = 0;
     std::unordered_map<Ends, Route*, EndsHash> m_routeOfEnds;
+    // In the order of the routes' numbers.
     std::unordered_map<const Field*, std::vector<Route*>> m_routesFrom;
     // The Script nodes, whose SFNode fields may name nodes.
     std::unordered_set<Node*> m_scripts;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace nodes {
 
 class Field;
@@ -37,6 +39,8 @@ class Route {
     Node* m_toNode;
     Field* m_fromField;
     Field* m_toField;
+    // Ascending in the order in which the routes of a tree were added.
+    std::uint64_t m_number = 0;
     bool m_delivered = false;
     bool m_delivering = false;
 };

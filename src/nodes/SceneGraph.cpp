@@ -7,16 +7,22 @@
 #include <unordered_map>
 #include <utility>
 
+#include "nodes/nodes/ReadScope.h"
+
 namespace nodes {
 namespace {
 
-/// The node to which NODE's place in the tree belongs: its parent, or the top level.
-void addBeside(NodeTree& tree, const Node& node, std::unique_ptr<Node> added) {
+/// Appends ADDED beside NODE, and takes NODE out of the tree; returns the node that stood behind
+/// it. A Switch goes on choosing by the places that its children had in the file.
+Node* replace(NodeTree& tree, Node& node, std::unique_ptr<Node> added) {
     if (Node* parent = node.parent()) {
-        parent->addChild(std::move(added), false);
+        parent->restage(node, parent->addChild(std::move(added), false));
     } else {
         tree.addNode(std::move(added), false);
     }
+    Node* behind = node.nextBehind();
+    node.detach();
+    return behind;
 }
 
 void tellBound(Node& node, bool isBound) {
@@ -33,14 +39,24 @@ SceneGraph::~SceneGraph() {
     clear();
 }
 
-void SceneGraph::clear() {
+void SceneGraph::clearStacks() {
     for (BindStack* stack : {&m_backgrounds, &m_fogs, &m_navigationInfos, &m_viewpoints}) {
         stack->clear();
     }
+}
+
+void SceneGraph::clear() {
+    clearStacks();
     NodeTree::clear();
 }
 
+void SceneGraph::moveTo(Node& parent) {
+    clearStacks();
+    NodeTree::moveTo(parent);
+}
+
 void SceneGraph::initialise(ProgressFn progressFn, void* userData) {
+    const ReadScope scope(nullptr);
     initialiseNodes(progressFn, userData);
     prepare();
 }
@@ -72,10 +88,7 @@ void SceneGraph::replaceInstances() {
             node = node->next();
             continue;
         }
-        addBeside(*this, *node, node->makeReference());
-        Node* behind = node->nextBehind();
-        node->detach();
-        node = behind;
+        node = replace(*this, *node, node->makeReference());
     }
 }
 
@@ -106,10 +119,7 @@ bool SceneGraph::resolveReferences() {
             node = node->nextBehind();
             continue;
         }
-        addBeside(*this, *node, std::move(instance));
-        Node* behind = node->nextBehind();
-        node->detach();
-        node = behind;
+        node = replace(*this, *node, std::move(instance));
     }
     return complete;
 }

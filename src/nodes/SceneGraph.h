@@ -42,6 +42,8 @@ class SceneGraph : public NodeTree {
 
     /// Deletes all nodes and routes; nothing is bound then.
     void clear();
+    /// Moves all nodes and routes below PARENT; nothing is bound then.
+    void moveTo(Node& parent);
     /// clear(), then read().
     bool load(const char* path, bool callInitialise, ProgressFn progressFn, void* userData);
     /// Adds the nodes and routes of a VRML97 file, plain or packed by gzip, and binds the first
@@ -81,6 +83,7 @@ class SceneGraph : public NodeTree {
     bool loaded() const { return m_loaded; }
 
   private:
+    void clearStacks();
     BindStack& stackOf(const Node& node);
     void bind(BindStack& stack, Node& node);
     void unbind(BindStack& stack, Node& node);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "nodes/SceneGraph.h"
+#include "nodes/nodes/ReadScope.h"
 #include "nodes/reader/VrmlReader.h"
 #include "nodes/writer/GzFile.h"
 
@@ -54,6 +55,7 @@ bool SceneGraph::read(const char* path, bool callInitialise, ProgressFn progress
     if (type != kVrmlFile && type != kGzipFile) {
         return false;
     }
+    const ReadScope scope(path);
     VrmlReader reader;
     reader.setErrorTarget(m_error);
     if (type == kVrmlFile) {

@@ -140,15 +140,15 @@ void Node::unlink() {
     if (!m_parent) {
         return;
     }
-    if (m_parent->m_extras) {
-        std::erase(m_parent->m_extras->staged, this);
+    if (m_stagedAt >= 0) {
+        m_parent->m_extras->staged[static_cast<std::size_t>(m_stagedAt)] = nullptr;
+        m_parent->m_extras->stagedHasGaps = true;
+        m_stagedAt = -1;
     }
-    if (m_isParked) {
-        std::erase(m_parent->m_extras->parked, this);
-        m_isParked = false;
-    } else {
+    if (!m_isParked) {
         unlinkFromRing();
     }
+    m_isParked = false;
     m_parent = nullptr;
 }
 
@@ -344,7 +344,21 @@ void Node::forgetSource() {
     m_isInstance = false;
 }
 
+// Closed at the next look alone, so that many children may leave one after the other.
+void Node::closeStagedGaps() const {
+    if (!m_extras || !m_extras->stagedHasGaps) {
+        return;
+    }
+    std::erase(m_extras->staged, nullptr);
+    m_extras->stagedHasGaps = false;
+    std::int32_t at = 0;
+    for (Node* node : m_extras->staged) {
+        node->m_stagedAt = at++;
+    }
+}
+
 int Node::stagedCount() const {
+    closeStagedGaps();
     return m_extras ? static_cast<int>(m_extras->staged.size()) : 0;
 }
 
@@ -353,23 +367,39 @@ Node* Node::stagedAt(int i) const {
 }
 
 void Node::stage(Node& node) {
-    if (node.m_parent != this) {
+    if (node.m_parent != this || node.m_stagedAt >= 0) {
         return;
     }
     if (!m_extras) {
         m_extras = std::make_unique<Extras>();
     }
+    const int at = stagedCount();
     m_extras->staged.push_back(&node);
+    node.m_stagedAt = at;
+}
+
+void Node::restage(Node& present, Node& node) {
+    if (present.m_parent != this || node.m_parent != this || present.m_stagedAt < 0 ||
+        node.m_stagedAt >= 0) {
+        return;
+    }
+    showStaged(present);
+    m_extras->staged[static_cast<std::size_t>(present.m_stagedAt)] = &node;
+    node.m_stagedAt = std::exchange(present.m_stagedAt, -1);
 }
 
 void Node::clearStaged() {
     showStaged();
-    if (m_extras) {
-        m_extras->staged.clear();
+    if (!m_extras) {
+        return;
+    }
+    for (Node* node : std::exchange(m_extras->staged, {})) {
+        node->m_stagedAt = -1;
     }
 }
 
 void Node::hideStaged() {
+    closeStagedGaps();
     if (!m_extras) {
         return;
     }
@@ -377,26 +407,38 @@ void Node::hideStaged() {
         if (!node->m_isParked) {
             node->unlinkFromRing();
             node->m_isParked = true;
-            m_extras->parked.push_back(node);
         }
     }
 }
 
 void Node::showStaged(Node& node) {
     if (node.m_parent == this && node.m_isParked) {
-        std::erase(m_extras->parked, &node);
         node.m_isParked = false;
         link(node);
     }
 }
 
 void Node::showStaged() {
+    closeStagedGaps();
     if (!m_extras) {
         return;
     }
-    for (Node* node : std::exchange(m_extras->parked, {})) {
-        node->m_isParked = false;
-        link(*node);
+    for (Node* node : m_extras->staged) {
+        showStaged(*node);
+    }
+}
+
+void Node::giveBackStaged() {
+    hideStaged();
+    const int count = stagedCount();
+    showStaged();
+    clearStaged();
+    Node* child = nullptr;
+    for (int i = 0; i < count; ++i) {
+        child = child ? child->m_previous : m_lastChild;
+    }
+    for (; child; child = child->m_next) {
+        child->initialise();
     }
 }
 

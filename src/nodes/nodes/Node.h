@@ -158,6 +158,8 @@ class Node {
     int stagedCount() const;
     Node* stagedAt(int i) const;
     void stage(Node& node);
+    /// Stages NODE, another child, in the place of PRESENT. Does nothing if PRESENT is not staged.
+    void restage(Node& present, Node& node);
     /// Puts all staged children back into the ring, and forgets that they were staged.
     void clearStaged();
 
@@ -203,6 +205,9 @@ class Node {
     void hideStaged();
     void showStaged(Node& node);
     void showStaged();
+    /// Puts all staged children at the end of the ring in the order in which they were staged,
+    /// initialises each, and forgets that they were staged.
+    void giveBackStaged();
 
     bool initialised() const { return m_initialised; }
     void setInitialised(bool initialised) { m_initialised = initialised; }
@@ -213,9 +218,10 @@ class Node {
     /// Fields and staged children that the class does not have by itself.
     struct Extras {
         std::array<std::vector<std::unique_ptr<Field>>, kFieldKinds> fields;
+        // Null where a child has left since the last look. Children out of the ring belong to this
+        // list; their parent is set.
         std::vector<Node*> staged;
-        // Staged children out of the ring, which this list owns. Their parent is set.
-        std::vector<Node*> parked;
+        bool stagedHasGaps = false;
     };
 
     Node& holder() { return m_source ? *m_source : *this; }
@@ -231,6 +237,7 @@ class Node {
     void setSceneBelow(NodeTree* scene);
     void showFieldsOf(Node& source);
     void forgetSource();
+    void closeStagedGaps() const;
     static void destroy(std::vector<Node*> tops);
     static void free(Node* top);
 
@@ -251,6 +258,8 @@ class Node {
     std::int32_t m_type;
     // Ends of routes of the tree that are this node.
     std::uint32_t m_routeEnds = 0;
+    // The place among the staged children of the parent, -1 if it has none.
+    std::int32_t m_stagedAt = -1;
     bool m_isInstance = false;
     bool m_initialised = false;
     bool m_isRoot = false;

@@ -1,0 +1,9 @@
+#include "nodes/nodes/NodeClasses.h"
+
+namespace nodes {
+
+void ScriptNode::prepareSave() {
+    setInitialised(false);
+}
+
+}  // namespace nodes

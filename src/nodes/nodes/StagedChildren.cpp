@@ -1,0 +1,93 @@
+// The nodes that show one of their children: Switch by its number, LOD by the viewer's distance.
+
+#include <cmath>
+#include <cstddef>
+#include <span>
+
+#include "nodes/NodeTree.h"
+
+namespace nodes {
+namespace {
+
+void stageChildren(Node& node) {
+    for (Node* child = node.firstChild(); child != nullptr; child = child->nextSibling()) {
+        node.stage(*child);
+    }
+}
+
+float distance(const SFVec3f::Value& a, const SFVec3f::Value& b) {
+    return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
+}
+
+/// A node's own point, as the world sees it.
+SFVec3f::Value inWorld(const Node& node, SFVec3f::Value point) {
+    SFMatrix world;
+    node.worldMatrix(world);
+    world.transform(point.data());
+    return point;
+}
+
+}  // namespace
+
+void SwitchNode::initialise() {
+    if (!initialised()) {
+        stageChildren(*this);
+        setInitialised(true);
+    }
+}
+
+void SwitchNode::prepareSave() {
+    if (initialised()) {
+        giveBackStaged();
+        setInitialised(false);
+    }
+}
+
+void SwitchNode::eventReceived() {
+    hideStaged();
+    if (Node* chosen = stagedAt(whichChoice())) {
+        showStaged(*chosen);
+        chosen->initialise();
+    }
+}
+
+void LODNode::initialise() {
+    if (!initialised()) {
+        stageChildren(*this);
+        setInitialised(true);
+    }
+}
+
+void LODNode::prepareSave() {
+    if (initialised()) {
+        giveBackStaged();
+        setInitialised(false);
+    }
+}
+
+void LODNode::eventReceived() {
+    if (scene() == nullptr) {
+        return;
+    }
+    hideStaged();
+    const ViewpointNode& viewer = scene()->viewer();
+    const float away =
+        distance(inWorld(viewer, viewer.position().value()), inWorld(*this, center().value()));
+    int level = 0;
+    for (const float limit : range().values()) {
+        if (limit > away) {
+            break;
+        }
+        ++level;
+    }
+    Node* chosen = stagedAt(level);
+    if (chosen == nullptr) {
+        chosen = stagedAt(stagedCount() - 1);
+    }
+    if (chosen != nullptr) {
+        showStaged(*chosen);
+        chosen->initialise();
+    }
+}
+
+}  // namespace nodes
