@@ -58,7 +58,13 @@ class ListOf : public MField {
     ListOf() : MField(kType) {}
 
     using MField::add;
-    void add(Value value);
+    void add(Value value) {
+        if constexpr (std::is_same_v<Item, SFRotation>) {
+            m_values.push_back(SFRotation::normalized(value));
+        } else {
+            m_values.push_back(std::move(value));
+        }
+    }
     /// In every form in which the item can be set, of two parts or more.
     template <class... Part>
     requires(sizeof...(Part) > 1) void add(Part... parts) {
@@ -102,9 +108,11 @@ class ListOf : public MField {
     bool holds(int i) const { return i >= 0 && static_cast<std::size_t>(i) < m_values.size(); }
     const Value& valueAt(int i) const;
 
-    // The value of an item that has an object is the object's; values() brings both together.
+    using ItemMap = std::unordered_map<int, std::unique_ptr<Item>>;
+
+    // The value of an item that has an object is the object's, and is copied here when it is read.
     mutable std::vector<Value> m_values;
-    std::unique_ptr<std::unordered_map<int, std::unique_ptr<Item>>> m_items;
+    std::unique_ptr<ItemMap> m_items;
 };
 
 using MFFloat = ListOf<SFFloat, kMFFloat>;
