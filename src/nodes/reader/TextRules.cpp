@@ -26,7 +26,10 @@ std::string_view takeWord(std::string_view& text) {
 }  // namespace
 
 void TextRules::define() {
-    std::string_view text = m_input.takeThrough('{');
+    const char* const start = m_input.at();
+    m_input.takeThrough('{');
+    // With the brace, which is a part of a type that it is glued to.
+    std::string_view text(start, static_cast<std::size_t>(m_input.at() - start));
     std::string name(takeWord(text).substr(0, kDefWordLimit));
     std::string type(takeWord(text).substr(0, kDefWordLimit));
     m_client.setPendingDefName(std::move(name));
