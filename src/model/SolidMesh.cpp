@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "model/VertexInput.h"
+
 namespace {
 
 struct ShapeDeleter {
@@ -11,30 +13,22 @@ struct ShapeDeleter {
 /// Deletes the shape if its building ends early.
 using OwnedShape = std::unique_ptr<solid::Shape, ShapeDeleter>;
 
-void AddPolygon(const MAV_vector* vertices, int count) {
-    DT_Begin();
-    for (int i = 0; i < count; ++i)
-        DT_Vertex(vertices[i].x, vertices[i].y, vertices[i].z);
-    DT_End();
-}
-
 }  // namespace
 
 DT_ShapeHandle BuildSolidMesh(int polygonCount, const int* vertexCounts,
                               const MAV_vector* vertices) {
-    OwnedShape shape(DT_NewComplexShape(nullptr));
-    for (int i = 0; i < polygonCount; ++i) {
-        const int count = vertexCounts ? vertexCounts[i] : 3;
-        AddPolygon(vertices, count);
-        vertices += count;
-    }
-    DT_EndComplexShape();
-    return shape.release();
+    static_assert(sizeof(MAV_vector) == 3 * sizeof(float));
+    const auto polygons = static_cast<std::size_t>(polygonCount);
+    const std::size_t count = vertexCounts ? SumOf(polygonCount, vertexCounts) : 3 * polygons;
+    return DT_NewMesh(reinterpret_cast<const float*>(vertices), count, vertexCounts, polygons);
 }
 
 DT_ShapeHandle BuildSolidTetrahedron(const std::array<MAV_vector, 4>& corners) {
     OwnedShape shape(DT_NewPolytope(nullptr));
-    AddPolygon(corners.data(), 4);
+    DT_Begin();
+    for (const MAV_vector& corner : corners)
+        DT_Vertex(corner.x, corner.y, corner.z);
+    DT_End();
     DT_EndPolytope();
     return shape.release();
 }

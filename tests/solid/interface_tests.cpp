@@ -1,5 +1,7 @@
 #include <cmath>
 #include <limits>
+#include <tuple>
+#include <vector>
 
 #include "random_scene.h"
 
@@ -117,6 +119,35 @@ TEST(ShapeBuilding, PolytopesAreSolidAndComplexShapesAreSurfaces) {
     probe.Place(At(0, 0, 2));
     EXPECT_TRUE(Touch(sheets, probe));
     EXPECT_FALSE(Touch(solid, probe));
+}
+
+/// Of polygons, a degenerate and an empty one among them, and one that is not finite.
+TEST(ShapeBuilding, AMeshInOneCallIsTheComplexShapeOfItsPolygons) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float vertices[][3] = {{-1, -1, 1}, {1, -1, 1}, {1, 1, 1},  {-1, 1, 1}, {9, 9, nan},
+                                 {9, 9, 9},   {9, 8, 9},  {0, 0, -3}, {1, 0, -3}};
+    const std::vector<int> counts = {4, 0, 3, 2};
+    const DT_ShapeHandle complex = DT_NewComplexShape(nullptr);
+    const auto* vertex = &vertices[0];
+    for (const int count : counts) {
+        DT_Begin();
+        for (int i = 0; i < count; ++i, ++vertex) {
+            DT_Vertex((*vertex)[0], (*vertex)[1], (*vertex)[2]);
+        }
+        DT_End();
+    }
+    DT_EndComplexShape();
+    const Body sheets(complex);
+    const Body mesh(DT_NewMesh(vertices[0], std::size(vertices), counts.data(), counts.size()));
+    const Body triangles(DT_NewMesh(vertices[0], 3, nullptr, 1));
+    const Body probe(DT_NewSphere(0));
+    for (const auto& [x, y, z] : {std::tuple(0.3f, -0.2f, 1.0f), std::tuple(8.0f, 8.0f, 8.0f),
+                                  std::tuple(0.5f, 0.0f, -4.0f), std::tuple(0.5f, -0.5f, 2.0f)}) {
+        probe.Place(At(x, y, z));
+        EXPECT_EQ(DistanceOf(mesh, probe), DistanceOf(sheets, probe));
+    }
+    EXPECT_FLOAT_EQ(DistanceOf(mesh, probe), 1.0f);
+    EXPECT_FLOAT_EQ(DistanceOf(triangles, probe), 1.0f);
 }
 
 TEST(ShapeBuilding, CallsOutOfPlaceAreIgnored) {

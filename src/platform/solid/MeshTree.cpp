@@ -219,23 +219,25 @@ void MeshTree::Builder::Build() {
     m_items = std::move(ordered);
 }
 
-MeshTree::MeshTree(const std::vector<Vec3>& points, const std::vector<int>& counts,
+MeshTree::MeshTree(const std::vector<FloatPoint>& points, const std::vector<int>& counts,
                    const Vec3& centre)
     : m_centre(centre) {
     // Where the points of each polygon that stays begin, and their number.
     std::vector<std::pair<std::size_t, int>> polygons;
-    polygons.reserve(counts.size());
+    const std::size_t polygonCount = counts.empty() ? points.size() / 3 : counts.size();
+    polygons.reserve(polygonCount);
     std::size_t next = 0;
-    for (const int count : counts) {
+    for (std::size_t polygon = 0; polygon < polygonCount; ++polygon) {
+        const int count = counts.empty() ? 3 : counts[polygon];
         const std::size_t first = next;
         next += static_cast<std::size_t>(count);
         bool finite = count > 0;
         for (std::size_t i = first; i < next; ++i)
-            finite = finite && IsFinite(points[i]);
+            finite = finite && IsFinite(ToVec3(points[i]));
         if (!finite)
             continue;
         for (std::size_t i = first; i < next; ++i)
-            m_bounds.Include(points[i] - centre);
+            m_bounds.Include(ToVec3(points[i]) - centre);
         polygons.emplace_back(first, count);
     }
     if (polygons.empty())
@@ -248,7 +250,7 @@ MeshTree::MeshTree(const std::vector<Vec3>& points, const std::vector<int>& coun
     for (std::size_t p = 0; p < polygons.size(); ++p) {
         Aabb box;
         for (std::size_t i = 0; i < static_cast<std::size_t>(polygons[p].second); ++i)
-            box.Include(points[polygons[p].first + i] - centre);
+            box.Include(ToVec3(points[polygons[p].first + i]) - centre);
         for (int i = 0; i < 3; ++i) {
             items[p].box.lower[i] = -RoundUp(-box.lower[i] * perUnit);
             items[p].box.upper[i] = RoundUp(box.upper[i] * perUnit);
@@ -271,11 +273,8 @@ MeshTree::MeshTree(const std::vector<Vec3>& points, const std::vector<int>& coun
     }
     for (const Item& item : items) {
         const auto& [first, count] = polygons[item.polygon];
-        for (std::size_t i = first; i < first + static_cast<std::size_t>(count); ++i) {
-            const Vec3& p = points[i];
-            m_points.push_back(
-                {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z)});
-        }
+        const auto begin = points.begin() + static_cast<std::ptrdiff_t>(first);
+        m_points.insert(m_points.end(), begin, begin + count);
         if (!triangles)
             m_starts.push_back(static_cast<std::uint32_t>(m_points.size()));
     }

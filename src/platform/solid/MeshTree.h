@@ -34,9 +34,11 @@ class MeshTree {
         float lower[kWidth], upper[kWidth];
     };
 
-    /// `counts[i]` points for polygon i, all of single precision. The tree's own coordinates are
-    /// relative to `centre`.
-    MeshTree(const std::vector<Vec3>& points, const std::vector<int>& counts, const Vec3& centre);
+    /// `counts[i]` points for polygon i; without counts, three each. A polygon with a point that is
+    /// not finite, or without points, is left out. The tree's own coordinates are relative to
+    /// `centre`.
+    MeshTree(const std::vector<FloatPoint>& points, const std::vector<int>& counts,
+             const Vec3& centre);
 
     bool IsEmpty() const { return m_nodes.empty(); }
     /// Polygons are numbered anew, those of one node in a row.
@@ -45,9 +47,7 @@ class MeshTree {
     }
     Vec3 Corner(std::uint32_t polygon, int i) const {
         const std::uint32_t start = m_starts.empty() ? 3 * polygon : m_starts[polygon];
-        const Point& p = m_points[start + static_cast<std::uint32_t>(i)];
-        return Vec3{static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)} -
-               m_centre;
+        return ToVec3(m_points[start + static_cast<std::uint32_t>(i)]) - m_centre;
     }
     /// Node 0 is the root. There is at least one polygon.
     const Node& NodeAt(std::uint32_t index) const { return m_nodes[index]; }
@@ -72,11 +72,7 @@ class MeshTree {
     /// Of twice the length of its area.
     Vec3 Normal(std::uint32_t polygon) const;
 
-    struct Point {
-        float x, y, z;
-    };
-
-    std::vector<Point> m_points;
+    std::vector<FloatPoint> m_points;
     std::vector<std::uint32_t> m_starts;  ///< empty if all polygons are triangles
     std::vector<Node> m_nodes;
     std::vector<Slabs> m_slabs;

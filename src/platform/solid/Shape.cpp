@@ -1,8 +1,9 @@
 #include "platform/solid/Shape.h"
 
 #include <algorithm>
+#include <utility>
 
-#include "platform/solid/MeshTree.h"
+#include "platform/solid/DeferredMesh.h"
 #include "platform/solid/Tolerances.h"
 
 namespace solid {
@@ -123,27 +124,54 @@ void Shape::BuildPolytope(std::vector<Vec3> points) {
     m_empty = false;
 }
 
-void Shape::BuildMesh(const std::vector<Vec3>& points, const std::vector<int>& counts) {
-    // Of the polygons that stay: one that is left out must not move the middle of the others.
+namespace {
+
+/// Of the polygons that stay: one that is left out must not move the middle of the others.
+Aabb BoundsOfPolygons(const std::vector<FloatPoint>& points, const std::vector<int>& counts) {
+    FloatPoint lower{points[0]}, upper{points[0]};
+    float finite = 0;
+    for (const FloatPoint& p : points) {
+        lower = {std::min(lower.x, p.x), std::min(lower.y, p.y), std::min(lower.z, p.z)};
+        upper = {std::max(upper.x, p.x), std::max(upper.y, p.y), std::max(upper.z, p.z)};
+        finite += (p.x * 0 + p.y * 0) + p.z * 0;
+    }
+    // Not a number as soon as one of them is not finite.
+    if (finite == 0)
+        return {ToVec3(lower), ToVec3(upper)};
     Aabb bounds;
     auto first = points.begin();
-    for (const int count : counts) {
-        const auto last = first + count;
-        if (std::all_of(first, last, [](const Vec3& p) { return IsFinite(p); }))
-            std::for_each(first, last, [&bounds](const Vec3& p) { bounds.Include(p); });
+    for (std::size_t i = 0; first != points.end(); ++i) {
+        const auto last = first + (counts.empty() ? 3 : counts[i]);
+        if (std::all_of(first, last, [](const FloatPoint& p) { return IsFinite(ToVec3(p)); }))
+            std::for_each(first, last, [&](const FloatPoint& p) { bounds.Include(ToVec3(p)); });
         first = last;
     }
+    return bounds;
+}
+
+}  // namespace
+
+void Shape::BuildMesh(std::vector<FloatPoint>&& points, std::vector<int>&& counts) {
+    if (points.empty())
+        return;
+    const Aabb bounds = BoundsOfPolygons(points, counts);
     if (bounds.IsEmpty())
         return;
-    auto tree = std::make_unique<MeshTree>(points, counts, bounds.Centre());
-    if (tree->IsEmpty())
-        return;
+    if (std::all_of(counts.begin(), counts.end(), [](int count) { return count == 3; }))
+        counts = {};
     auto more = std::make_unique<More>();
     more->centre = bounds.Centre();
-    more->mesh = std::move(tree);
-    m_half = more->mesh->Bounds().HalfSize();
+    // As the tree has them.
+    const Aabb relative{bounds.lower - more->centre, bounds.upper - more->centre};
+    more->middle = relative.Centre();
+    more->mesh = std::make_unique<DeferredMesh>(std::move(points), std::move(counts), more->centre);
+    m_half = relative.HalfSize();
     m_more = std::move(more);
     m_empty = false;
+}
+
+const MeshTree& Shape::Mesh() const {
+    return m_more->mesh->Tree();
 }
 
 Aabb Shape::WorldBox(const Affine& placement, double margin) const {
@@ -189,8 +217,7 @@ Aabb Shape::WorldBox(const Affine& placement, double margin) const {
             break;
         }
         case ShapeKind::kMesh: {
-            const Vec3 middle = Mesh().Bounds().Centre();
-            centre += m * middle;
+            centre += m * m_more->middle;
             extent = Abs(m.col[0]) * m_half.x + Abs(m.col[1]) * m_half.y + Abs(m.col[2]) * m_half.z;
             break;
         }

@@ -10,6 +10,7 @@
 
 namespace solid {
 
+class DeferredMesh;
 class MeshTree;
 
 /// The order of the kinds is the order in which pairs are put before the pair table.
@@ -41,10 +42,10 @@ class Shape {
     static std::unique_ptr<Shape> NewUnbuilt(ShapeKind kind);
     /// Points that are not finite are left out; with no point left the shape is empty.
     void BuildPolytope(std::vector<Vec3> points);
-    /// `counts[i]` points of `points` for polygon i, one after the other, all of single precision.
-    /// A polygon with a point that is not finite, or without points, is left out; with no polygon
-    /// left the shape is empty.
-    void BuildMesh(const std::vector<Vec3>& points, const std::vector<int>& counts);
+    /// `counts[i]` points of `points` for polygon i, one after the other; without counts, three
+    /// each. A polygon with a point that is not finite, or without points, is left out; with no
+    /// polygon left the shape is empty. The lists are moved from only if nothing failed.
+    void BuildMesh(std::vector<FloatPoint>&& points, std::vector<int>&& counts);
     ~Shape();
     Shape(const Shape&) = delete;
     Shape& operator=(const Shape&) = delete;
@@ -66,8 +67,9 @@ class Shape {
                    ? VertexSpan{}
                    : VertexSpan{m_more->points.data(), static_cast<int>(m_more->points.size())};
     }
-    /// Of a mesh that is not empty.
-    const MeshTree& Mesh() const { return *m_more->mesh; }
+    /// Of a mesh that is not empty. Throws std::bad_alloc if there is no memory for its tree, which
+    /// stands from the first call on.
+    const MeshTree& Mesh() const;
     bool IsEmpty() const { return m_empty; }
     /// An axis-parallel box of the shape placed by `placement` and grown by `margin`, in world
     /// coordinates: larger than the tightest by no more than what kRigid lets pass; of a mesh that
@@ -81,7 +83,8 @@ class Shape {
     struct More {
         Vec3 centre;
         std::vector<Vec3> points;
-        std::unique_ptr<MeshTree> mesh;
+        Vec3 middle;  ///< of a mesh, the middle of its bounds
+        std::unique_ptr<DeferredMesh> mesh;
     };
 
     explicit Shape(ShapeKind kind);

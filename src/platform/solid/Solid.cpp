@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "platform/solid/Narrow.h"
@@ -83,9 +84,16 @@ class ShapeBuilder {
         }
         EndPolygon();
         if (form == Form::kPolytope) {
-            m_shape->BuildPolytope(m_points);
+            std::vector<Vec3> points;
+            points.reserve(m_points.size());
+            for (const FloatPoint& point : m_points) {
+                points.push_back(ToVec3(point));
+            }
+            m_shape->BuildPolytope(std::move(points));
         } else {
-            m_shape->BuildMesh(m_points, m_counts);
+            m_points.shrink_to_fit();
+            m_counts.shrink_to_fit();
+            m_shape->BuildMesh(std::move(m_points), std::move(m_counts));
         }
         Drop();
     }
@@ -95,7 +103,7 @@ class ShapeBuilder {
         }
     }
     void BeginPolygon() { m_inPolygon = m_form != Form::kNone; }
-    void Add(const Vec3& vertex) {
+    void Add(const FloatPoint& vertex) {
         if (m_inPolygon) {
             m_points.push_back(vertex);
         }
@@ -113,7 +121,7 @@ class ShapeBuilder {
 
     Form m_form = Form::kNone;
     Shape* m_shape = nullptr;  // the caller's
-    std::vector<Vec3> m_points;
+    std::vector<FloatPoint> m_points;
     std::vector<int> m_counts;
     std::size_t m_ended = 0;  // vertices of polygons that have ended
     bool m_inPolygon = false;
@@ -166,11 +174,27 @@ void DT_Begin() {
 }
 
 void DT_Vertex(float x, float y, float z) {
-    t_builder.Add({static_cast<double>(x), static_cast<double>(y), static_cast<double>(z)});
+    t_builder.Add({x, y, z});
 }
 
 void DT_End() {
     t_builder.EndPolygon();
+}
+
+DT_ShapeHandle DT_NewMesh(const float* vertices, std::size_t vertexCount, const int* counts,
+                          std::size_t polygonCount) {
+    std::unique_ptr<Shape> shape = Shape::NewUnbuilt(ShapeKind::kMesh);
+    std::vector<FloatPoint> points(vertexCount);
+    for (FloatPoint& point : points) {
+        point = {vertices[0], vertices[1], vertices[2]};
+        vertices += 3;
+    }
+    std::vector<int> ownCounts;
+    if (counts != nullptr) {
+        ownCounts.assign(counts, counts + polygonCount);
+    }
+    shape->BuildMesh(std::move(points), std::move(ownCounts));
+    return shape.release();
 }
 
 void DT_DeleteShape(DT_ShapeHandle shape) {

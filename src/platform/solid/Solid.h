@@ -75,6 +75,12 @@ void DT_Begin();
 void DT_Vertex(float x, float y, float z);
 void DT_End();
 
+/// A complex shape in one call: `counts[i]` of the vertices, three floats each, for polygon i; with
+/// counts null, three for each. Of whichever way it is made, the tree that tests need is built at
+/// the first question that comes near an object of the shape.
+DT_ShapeHandle DT_NewMesh(const float* vertices, std::size_t vertexCount, const int* counts,
+                          std::size_t polygonCount);
+
 void DT_DeleteShape(DT_ShapeHandle shape);
 
 // ---- Objects -----------------------------------------------------------------------------------

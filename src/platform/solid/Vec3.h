@@ -18,6 +18,14 @@ struct Vec3 {
     bool operator==(const Vec3& b) const = default;
 };
 
+/// A point as it was given.
+struct FloatPoint {
+    float x, y, z;
+};
+inline Vec3 ToVec3(const FloatPoint& p) {
+    return {static_cast<double>(p.x), static_cast<double>(p.y), static_cast<double>(p.z)};
+}
+
 inline Vec3 operator+(Vec3 a, const Vec3& b) {
     return a += b;
 }
