@@ -37,7 +37,9 @@ Token Lexer::nextToken() {
     for (Token token;;) {
         switch (classOf(*at)) {
             case CharacterClass::kBlank:
-                ++at;
+                do {
+                    ++at;
+                } while (*at == ' ');
                 break;
             case CharacterClass::kNumber:
                 return scanNumberToken(at);
