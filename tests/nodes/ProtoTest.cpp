@@ -139,6 +139,24 @@ TEST_F(ProtoTest, OneMayHoldAnotherButNotItself) {
     EXPECT_EQ(4, reader.tree().nodeCount());
 }
 
+TEST_F(ProtoTest, InstancesNestAsValuesOfEachOther) {
+    const std::string protos =
+        "PROTO Frame [ field MFNode parts [] ] { DEF Link Transform { children IS parts } }"
+        "PROTO Link [ field MFNode children [] ] { Frame { parts IS children } }\n";
+    std::string chain;
+    for (int i = 0; i < 50; ++i) {
+        chain += "Link { children [ ";
+    }
+    for (int i = 0; i < 50; ++i) {
+        chain += "] }";
+    }
+    ASSERT_TRUE(read(protos + chain)) << error.message << " " << error.token;
+    EXPECT_EQ(50, reader.tree().nodeCount());
+    // One that holds itself by default does not end by itself.
+    ASSERT_TRUE(read("PROTO P [ field MFNode c [ P { } ] ] { Group { children IS c } }\nP { }"));
+    EXPECT_EQ(1, reader.tree().nodeCount());
+}
+
 TEST_F(ProtoTest, GrowthWithoutEndIsStopped) {
     std::string text = "PROTO P0 [] { Group { } }\n";
     for (int i = 1; i < 40; ++i) {

@@ -260,9 +260,25 @@ void ProtoDefinition::FieldList::clear() {
     m_fields.clear();
 }
 
-ProtoDefinition::ProtoDefinition(std::string name, std::string body, std::string_view interfaceText)
-    : m_name(std::move(name)), m_body(std::move(body)) {
-    Declarations(interfaceText, nullptr).readInto(m_interfaceFields);
+ProtoDefinition::ProtoDefinition(std::string name, std::string body, std::string interfaceText)
+    : m_name(std::move(name)), m_body(std::move(body)), m_interfaceText(std::move(interfaceText)) {
+    Declarations(m_interfaceText, nullptr).readInto(m_interfaceFields);
+}
+
+std::vector<std::string_view> ProtoDefinition::possibleInstances() const {
+    std::vector<std::string_view> names;
+    for (const std::string_view text :
+         {std::string_view(m_body), std::string_view(m_interfaceText)}) {
+        Words words(text, false);
+        std::string_view last;
+        while (words.next()) {
+            if (words.is("{") && !last.empty()) {
+                names.push_back(last);
+            }
+            last = words.startsInString() ? std::string_view() : words.word();
+        }
+    }
+    return names;
 }
 
 void ProtoDefinition::setInstanceValues(std::string_view text) {

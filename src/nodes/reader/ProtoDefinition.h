@@ -16,10 +16,14 @@ namespace nodes {
 /// hand gives them. An instance is the text with the values in place of each IS.
 class ProtoDefinition {
   public:
-    ProtoDefinition(std::string name, std::string body, std::string_view interfaceText);
+    ProtoDefinition(std::string name, std::string body, std::string interfaceText);
 
     const std::string& name() const { return m_name; }
     const std::string& body() const { return m_body; }
+    /// The characters of its texts, to which the work of using it is in proportion.
+    std::size_t size() const { return m_body.size() + m_interfaceText.size(); }
+    /// The words that may be PROTOs of which body or defaults have instances.
+    std::vector<std::string_view> possibleInstances() const;
 
     void setInstanceValues(std::string_view text);
     void clearInstanceValues() { m_instanceValues.clear(); }
@@ -27,9 +31,10 @@ class ProtoDefinition {
     /// field before it goes as well.
     void expand(std::string& out) const;
 
-    /// While the text of an instance is read, no other instance may begin in it.
-    bool isExpanding() const { return m_isExpanding; }
-    void setExpanding(bool isExpanding) { m_isExpanding = isExpanding; }
+    /// Whether the text of an instance is being read, of which there may be several in each other.
+    bool isExpanding() const { return m_expansions > 0; }
+    void beginExpansion() { ++m_expansions; }
+    void endExpansion() { --m_expansions; }
 
   private:
     /// Fields by name; of several of a name, the first one counts.
@@ -48,9 +53,10 @@ class ProtoDefinition {
 
     std::string m_name;
     std::string m_body;
+    std::string m_interfaceText;
     FieldList m_interfaceFields;
     FieldList m_instanceValues;
-    bool m_isExpanding = false;
+    std::size_t m_expansions = 0;
 };
 
 }  // namespace nodes

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_set>
 #include <utility>
 
 #include "nodes/reader/Characters.h"
@@ -24,6 +25,11 @@ std::string_view takeWord(std::string_view& text) {
 }
 
 }  // namespace
+
+void TextRules::reset() {
+    m_expansions.clear();
+    m_recursive.clear();
+}
 
 void TextRules::define() {
     const char* const start = m_input.at();
@@ -86,8 +92,9 @@ void TextRules::proto() {
     collect('}', '{', &body);
     body += '}';
     collect('}', '\0', nullptr);
-    m_client.addProto(
-        std::make_unique<ProtoDefinition>(std::move(name), std::move(body), interfaceText));
+    m_recursive.clear();
+    m_client.addProto(std::make_unique<ProtoDefinition>(std::move(name), std::move(body),
+                                                        std::move(interfaceText)));
 }
 
 void TextRules::instance(ProtoDefinition& proto) {
@@ -95,7 +102,7 @@ void TextRules::instance(ProtoDefinition& proto) {
     collect('{', '\0', nullptr);
     std::string values;
     collect('}', '{', &values);
-    if (proto.isExpanding() || !m_input.charge(proto.body().size())) {
+    if ((proto.isExpanding() && isRecursive(proto)) || !m_input.charge(proto.body().size())) {
         return;
     }
     proto.setInstanceValues(values);
@@ -106,15 +113,47 @@ void TextRules::instance(ProtoDefinition& proto) {
         return;
     }
     m_expansions.push_back({&proto, m_input.remaining()});
-    proto.setExpanding(true);
+    proto.beginExpansion();
     m_input.pushBack(text);
 }
 
 void TextRules::closeExpansions() {
     while (!m_expansions.empty() && m_input.remaining() <= m_expansions.back().behind) {
-        m_expansions.back().proto->setExpanding(false);
+        m_expansions.back().proto->endExpansion();
         m_expansions.pop_back();
     }
+}
+
+/// Whether the text of PROTO itself brings instances of it. One among the values that an instance
+/// gives does not: those end.
+bool TextRules::isRecursive(const ProtoDefinition& proto) {
+    const auto known = m_recursive.find(&proto);
+    if (known != m_recursive.end()) {
+        return known->second;
+    }
+    return m_recursive[&proto] = reachesItself(proto);
+}
+
+bool TextRules::reachesItself(const ProtoDefinition& proto) {
+    std::unordered_set<const ProtoDefinition*> seen;
+    std::vector<const ProtoDefinition*> waiting = {&proto};
+    while (!waiting.empty()) {
+        const ProtoDefinition& from = *waiting.back();
+        waiting.pop_back();
+        if (!m_input.charge(from.size())) {
+            return true;
+        }
+        for (const std::string_view name : from.possibleInstances()) {
+            const ProtoDefinition* used = m_client.findProto(name);
+            if (used == &proto) {
+                return true;
+            }
+            if (used && seen.insert(used).second) {
+                waiting.push_back(used);
+            }
+        }
+    }
+    return false;
 }
 
 /// Takes the characters up to the STOP that no NESTED one opens, or to the end of the input, and

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "nodes/reader/InputText.h"
@@ -37,7 +38,7 @@ class TextRules {
     TextRules(InputText& input, LexerClient& client) : m_input(input), m_client(client) {}
 
     /// For the start of a file.
-    void reset() { m_expansions.clear(); }
+    void reset();
     /// DEF NAME TYPE {: the name goes to the client, type and brace go back to the input.
     void define();
     /// USE NAME.
@@ -59,10 +60,14 @@ class TextRules {
     void collect(char stop, char nested, std::string* out);
     void collectString(std::string* out);
     void closeExpansions();
+    bool isRecursive(const ProtoDefinition& proto);
+    bool reachesItself(const ProtoDefinition& proto);
 
     InputText& m_input;
     LexerClient& m_client;
     std::vector<OpenExpansion> m_expansions;
+    // What is known of the PROTOs that there are so far.
+    std::unordered_map<const ProtoDefinition*, bool> m_recursive;
 };
 
 }  // namespace nodes
