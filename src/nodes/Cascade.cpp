@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -67,31 +66,21 @@ class NodeTree::Cascade {
         bool inside = false;
     };
 
-    /// The first route of the last origin's field whose number is at least NUMBER.
-    Route* routeFrom(std::uint64_t number) const {
-        const auto found = m_tree.m_routesFrom.find(m_path.back().field);
-        if (found == m_tree.m_routesFrom.end()) {
+    Route* nextRoute() {
+        Origin& origin = m_path.back();
+        const auto next = m_tree.m_routesFrom.upper_bound({origin.field, origin.number});
+        if (next == m_tree.m_routesFrom.end() || next->first.first != origin.field) {
             return nullptr;
         }
-        const auto at = std::lower_bound(
-            found->second.begin(), found->second.end(), number,
-            [](const Route* route, std::uint64_t wanted) { return route->m_number < wanted; });
-        return at == found->second.end() ? nullptr : *at;
+        origin.number = next->first.second;
+        return next->second;
     }
 
-    Route* nextRoute() {
-        Route* route = routeFrom(m_path.back().number + 1);
-        if (route != nullptr) {
-            m_path.back().number = route->m_number;
-        }
-        return route;
-    }
-
-    /// The route that the last origin's event goes along, unless it has been removed.
+    /// The route that the last origin's event goes along; null if it has been removed.
     Route* currentRoute() const {
-        const std::uint64_t number = m_path.back().number;
-        Route* route = routeFrom(number);
-        return route != nullptr && route->m_number == number ? route : nullptr;
+        const Origin& origin = m_path.back();
+        const auto found = m_tree.m_routesFrom.find({origin.field, origin.number});
+        return found == m_tree.m_routesFrom.end() ? nullptr : found->second;
     }
 
     void follow(Route& route) {

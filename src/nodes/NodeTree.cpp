@@ -1,5 +1,6 @@
 #include "nodes/NodeTree.h"
 
+#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -74,7 +75,10 @@ Route* NodeTree::addRoute(Node& fromNode, Field& fromField, Node& toNode, Field&
     Route& route = m_routes.back();
     route.m_number = ++m_lastRoute;
     m_routeOfEnds.emplace(Ends{&fromNode, &fromField, &toNode, &toField}, &route);
-    m_routesFrom[&fromField].push_back(&route);
+    m_routesFrom.emplace(std::pair(&fromField, route.m_number), &route);
+    const auto place = std::prev(m_routes.end());
+    m_routesOf.emplace(std::pair(&fromNode, route.m_number), place);
+    m_routesOf.emplace(std::pair(&toNode, route.m_number), place);
     ++fromNode.m_routeEnds;
     ++toNode.m_routeEnds;
     return &route;
@@ -112,8 +116,7 @@ Node* NodeTree::findNodeOfType(std::int32_t type) const {
 
 void NodeTree::clear() {
     uncountRoutes();
-    m_routeOfEnds.clear();
-    m_routesFrom.clear();
+    clearRouteIndex();
     m_routes.clear();
     m_scripts.clear();
     std::vector<Node*> tops;
@@ -165,21 +168,26 @@ void NodeTree::uncountRoutes() {
 }
 
 void NodeTree::takeRoutes(NodeTree& other) {
-    other.m_routeOfEnds.clear();
-    other.m_routesFrom.clear();
+    other.clearRouteIndex();
     for (const Route& route : std::exchange(other.m_routes, {})) {
         addRoute(*route.fromNode(), *route.fromField(), *route.toNode(), *route.toField());
     }
 }
 
-void NodeTree::forgetLeaving(Node& top) {
-    bool routed = false;
-    for (Node* node = &top; node; node = node->nextWithin(&top)) {
-        routed = routed || node->m_routeEnds > 0;
-        m_scripts.erase(node);
-    }
-    if (routed) {
-        removeLeavingRoutes();
+void NodeTree::clearRouteIndex() {
+    m_routeOfEnds.clear();
+    m_routesFrom.clear();
+    m_routesOf.clear();
+}
+
+void NodeTree::forgetLeaving(std::span<Node* const> tops) {
+    for (Node* top : tops) {
+        for (Node* node = top; node; node = node->nextWithin(top)) {
+            m_scripts.erase(node);
+            if (node->m_routeEnds > 0) {
+                removeRoutesOf(*node);
+            }
+        }
     }
     for (const Node* script : m_scripts) {
         for (int i = 0; i < script->fieldCount(); ++i) {
@@ -193,32 +201,30 @@ void NodeTree::forgetLeaving(Node& top) {
             }
         }
     }
-    for (Node* node = &top; node; node = node->nextWithin(&top)) {
-        if (node->isBindable()) {
-            setBound(*node, false);
+    for (Node* top : tops) {
+        for (Node* node = top; node; node = node->nextWithin(top)) {
+            if (node->isBindable()) {
+                setBound(*node, false);
+            }
         }
     }
 }
 
-void NodeTree::removeLeavingRoutes() {
-    for (auto route = m_routes.begin(); route != m_routes.end();) {
-        if (route->m_fromNode->m_leaving || route->m_toNode->m_leaving) {
-            forgetRoute(*route);
-            route = m_routes.erase(route);
-        } else {
-            ++route;
-        }
-    }
-}
-
-void NodeTree::forgetRoute(const Route& route) {
-    --route.m_fromNode->m_routeEnds;
-    --route.m_toNode->m_routeEnds;
-    m_routeOfEnds.erase(Ends{route.m_fromNode, route.m_fromField, route.m_toNode, route.m_toField});
-    const auto from = m_routesFrom.find(route.m_fromField);
-    std::erase(from->second, &route);
-    if (from->second.empty()) {
-        m_routesFrom.erase(from);
+void NodeTree::removeRoutesOf(Node& node) {
+    auto next = m_routesOf.lower_bound({&node, 0});
+    while (next != m_routesOf.end() && next->first.first == &node) {
+        const RouteList::iterator place = next->second;
+        const Route& route = *place;
+        const std::uint64_t number = route.m_number;
+        const Node* other = route.m_fromNode == &node ? route.m_toNode : route.m_fromNode;
+        next = m_routesOf.erase(next);
+        m_routesOf.erase({other, number});
+        m_routesFrom.erase({route.m_fromField, number});
+        m_routeOfEnds.erase(
+            Ends{route.m_fromNode, route.m_fromField, route.m_toNode, route.m_toField});
+        --route.m_fromNode->m_routeEnds;
+        --route.m_toNode->m_routeEnds;
+        m_routes.erase(place);
     }
 }
 

@@ -5,10 +5,13 @@
 #include <cstdint>
 #include <functional>
 #include <list>
+#include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "nodes/Route.h"
@@ -107,17 +110,18 @@ class NodeTree {
 
     /// Nodes of the tree may leave it then, and the routes stay; takeRoutes() counts them again.
     void uncountRoutes();
-    /// Removes what the tree knows of the nodes of TOP's subtree, which are marked as leaving.
-    void forgetLeaving(Node& top);
-    void removeLeavingRoutes();
-    void forgetRoute(const Route& route);
+    /// Removes what the tree knows of the nodes below TOPS, which are marked as leaving.
+    void forgetLeaving(std::span<Node* const> tops);
+    void removeRoutesOf(Node& node);
+    void clearRouteIndex();
 
     RootNode m_root;
     RouteList m_routes;
     std::uint64_t m_lastRoute = 0;
     std::unordered_map<Ends, Route*, EndsHash> m_routeOfEnds;
-    // In the order of the routes' numbers.
-    std::unordered_map<const Field*, std::vector<Route*>> m_routesFrom;
+    // The routes from a field, and those of a node, at both ends, in the order of their numbers.
+    std::map<std::pair<const Field*, std::uint64_t>, Route*> m_routesFrom;
+    std::map<std::pair<const Node*, std::uint64_t>, RouteList::iterator> m_routesOf;
     // The Script nodes, whose SFNode fields may name nodes.
     std::unordered_set<Node*> m_scripts;
 };

@@ -57,6 +57,7 @@ void SceneGraph::moveTo(Node& parent) {
 
 void SceneGraph::initialise(ProgressFn progressFn, void* userData) {
     const ReadScope scope(nullptr);
+    ReadScope::allowInstances(*this);
     initialiseNodes(progressFn, userData);
     prepare();
 }
@@ -95,14 +96,12 @@ void SceneGraph::replaceInstances() {
 bool SceneGraph::resolveReferences() {
     // findNode() for every name at once. What is added below stands behind the node that it shows.
     std::unordered_map<std::string_view, Node*> firstOfName;
-    std::size_t count = 0;
     for (Node* node = firstNode(); node; node = node->next()) {
-        ++count;
         if (node->hasName()) {
             firstOfName.emplace(node->nameText(), node->instanceOf() ? node->instanceOf() : node);
         }
     }
-    std::size_t budget = kInstanceNodes + kInstanceNodesEach * count;
+    std::size_t& budget = ReadScope::instanceBudget();
     bool complete = true;
     for (Node* node = firstNode(); node;) {
         if (!node->isPlaceholder()) {

@@ -1,7 +1,9 @@
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "nodes/SceneGraph.h"
@@ -10,6 +12,11 @@
 #include "nodes/writer/GzFile.h"
 
 namespace nodes {
+namespace {
+
+constexpr const char* kTooMuchText = "the files of the Inlines hold too much text";
+
+}  // namespace
 
 std::int32_t detectFileType(const char* path) {
     std::array<char, 5> bytes{};
@@ -59,6 +66,11 @@ bool SceneGraph::read(const char* path, bool callInitialise, ProgressFn progress
     VrmlReader reader;
     reader.setErrorTarget(m_error);
     if (type == kVrmlFile) {
+        std::error_code error;
+        if (!ReadScope::addText(std::filesystem::file_size(path, error))) {
+            m_error.message = kTooMuchText;
+            return false;
+        }
         m_loaded = reader.read(path, progressFn, userData);
     } else {
         GzFile file;
@@ -68,6 +80,10 @@ bool SceneGraph::read(const char* path, bool callInitialise, ProgressFn progress
             return false;
         }
         file.close();
+        if (!ReadScope::addText(text.size())) {
+            m_error.message = kTooMuchText;
+            return false;
+        }
         m_loaded = reader.readText(std::move(text), progressFn, userData);
     }
     m_loaded = m_loaded && add(reader.tree(), callInitialise);
@@ -75,6 +91,7 @@ bool SceneGraph::read(const char* path, bool callInitialise, ProgressFn progress
 }
 
 bool SceneGraph::add(NodeTree& tree, bool callInitialise) {
+    ReadScope::allowInstances(tree);
     takeNodes(tree);
     takeRoutes(tree);
     if (callInitialise) {

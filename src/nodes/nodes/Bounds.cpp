@@ -26,13 +26,23 @@ void BoundingBox::add(const float point[3]) {
     m_count += m_count < std::numeric_limits<std::int32_t>::max() ? 1 : 0;
 }
 
+namespace {
+
+constexpr unsigned kCorners = 8;
+
+std::array<float, 3> cornerOf(const float center[3], const float size[3], unsigned corner) {
+    std::array<float, 3> point;
+    for (unsigned i = 0; i < 3; ++i) {
+        point[i] = (corner >> i & 1U) != 0 ? center[i] + size[i] : center[i] - size[i];
+    }
+    return point;
+}
+
+}  // namespace
+
 void BoundingBox::addBox(const float center[3], const float size[3]) {
-    for (unsigned corner = 0; corner < 8; ++corner) {
-        float point[3];
-        for (unsigned i = 0; i < 3; ++i) {
-            point[i] = (corner >> i & 1U) != 0 ? center[i] + size[i] : center[i] - size[i];
-        }
-        add(point);
+    for (unsigned corner = 0; corner < kCorners; ++corner) {
+        add(cornerOf(center, size, corner).data());
     }
 }
 
@@ -104,13 +114,10 @@ void addGeometry(Node& node, const SFMatrix& world, BoundingBox& box) {
     if (size[0] < 0 || size[1] < 0 || size[2] < 0) {
         return;
     }
-    for (unsigned corner = 0; corner < 8; ++corner) {
-        float point[3];
-        for (unsigned i = 0; i < 3; ++i) {
-            point[i] = (corner >> i & 1U) != 0 ? center[i] + size[i] : center[i] - size[i];
-        }
-        world.transform(point);
-        box.add(point);
+    for (unsigned corner = 0; corner < kCorners; ++corner) {
+        std::array<float, 3> point = cornerOf(center, size, corner);
+        world.transform(point.data());
+        box.add(point.data());
     }
 }
 

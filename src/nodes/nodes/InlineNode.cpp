@@ -23,9 +23,7 @@ void InlineNode::initialise() {
 
 /// What is saved is where the world comes from, not the world.
 void InlineNode::prepareSave() {
-    while (firstChild() != nullptr) {
-        firstChild()->detach();
-    }
+    deleteChildren();
     setInitialised(false);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <memory>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -12,9 +13,7 @@ namespace nodes {
 
 Node::~Node() {
     clearStaged();
-    while (m_firstChild) {
-        destroy({m_firstChild});
-    }
+    deleteChildren();
     if (m_scene) {
         m_scene->m_scripts.erase(this);
     }
@@ -153,19 +152,36 @@ void Node::unlink() {
 }
 
 void Node::setSceneBelow(NodeTree* scene) {
-    if (m_scene) {
-        for (Node* node = this; node; node = node->nextWithin(this)) {
+    Node* const self = this;
+    moveToScene({&self, 1}, scene);
+}
+
+void Node::moveToScene(std::span<Node* const> tops, NodeTree* scene) {
+    for (const Node* top : tops) {
+        for (Node* node = const_cast<Node*>(top); node; node = node->nextWithin(top)) {
             node->showStaged();
             node->m_leaving = true;
         }
-        m_scene->forgetLeaving(*this);
     }
-    for (Node* node = this; node; node = node->nextWithin(this)) {
-        node->showStaged();
-        node->m_leaving = false;
-        node->m_scene = scene;
-        if (scene && node->m_type == kScript) {
-            scene->m_scripts.insert(node);
+    for (std::size_t i = 0; i < tops.size();) {
+        NodeTree* left = tops[i]->m_scene;
+        std::size_t end = i;
+        while (end < tops.size() && tops[end]->m_scene == left) {
+            ++end;
+        }
+        if (left) {
+            left->forgetLeaving(tops.subspan(i, end - i));
+        }
+        i = end;
+    }
+    for (Node* top : tops) {
+        for (Node* node = top; node; node = node->nextWithin(top)) {
+            node->showStaged();
+            node->m_leaving = false;
+            node->m_scene = scene;
+            if (scene && node->m_type == kScript) {
+                scene->m_scripts.insert(node);
+            }
         }
     }
 }
@@ -215,19 +231,25 @@ void Node::destroy(std::vector<Node*> tops) {
         top->unlink();
     }
     // Whatever shows a node that goes, goes too.
-    for (std::size_t i = 0; i < tops.size(); ++i) {
-        Node* top = tops[i];
-        top->setSceneBelow(nullptr);
-        for (Node* node = top; node; node = node->nextWithin(top)) {
-            node->clearStaged();
-            node->m_doomed = true;
+    for (std::size_t i = 0; i < tops.size();) {
+        const std::size_t begin = i;
+        const std::size_t end = tops.size();
+        moveToScene(std::span(tops).subspan(begin), nullptr);
+        for (; i < end; ++i) {
+            for (Node* node = tops[i]; node; node = node->nextWithin(tops[i])) {
+                node->clearStaged();
+                node->m_doomed = true;
+            }
         }
-        for (Node* node = top; node; node = node->nextWithin(top)) {
-            for (Node* sharer = node->m_firstSharer; sharer; sharer = sharer->m_nextSharer) {
-                if (sharer->m_isInstance && sharer->m_parent && !sharer->m_doomed) {
-                    sharer->unlink();
-                    sharer->m_doomed = true;
-                    tops.push_back(sharer);
+        for (i = begin; i < end; ++i) {
+            const Node* top = tops[i];
+            for (Node* node = tops[i]; node; node = node->nextWithin(top)) {
+                for (Node* sharer = node->m_firstSharer; sharer; sharer = sharer->m_nextSharer) {
+                    if (sharer->m_isInstance && sharer->m_parent && !sharer->m_doomed) {
+                        sharer->unlink();
+                        sharer->m_doomed = true;
+                        tops.push_back(sharer);
+                    }
                 }
             }
         }
@@ -235,6 +257,14 @@ void Node::destroy(std::vector<Node*> tops) {
     for (Node* top : tops) {
         free(top);
     }
+}
+
+void Node::deleteChildren() {
+    std::vector<Node*> children;
+    for (Node* child = m_firstChild; child; child = child->m_next) {
+        children.push_back(child);
+    }
+    destroy(std::move(children));
 }
 
 void Node::free(Node* top) {

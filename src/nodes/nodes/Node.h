@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -200,6 +201,7 @@ class Node {
         return found && found->type() == own.type() ? static_cast<Type&>(*found) : own;
     }
 
+    void deleteChildren();
     /// Takes every staged child out of the ring; it stays this node's own, and keeps its routes and
     /// its instances. showStaged() puts one, or all, back at the end.
     void hideStaged();
@@ -235,6 +237,7 @@ class Node {
     void unlink();
     void unlinkFromRing();
     void setSceneBelow(NodeTree* scene);
+    static void moveToScene(std::span<Node* const> tops, NodeTree* scene);
     void showFieldsOf(Node& source);
     void forgetSource();
     void closeStagedGaps() const;

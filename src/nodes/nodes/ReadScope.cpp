@@ -6,6 +6,8 @@
 #include <system_error>
 #include <vector>
 
+#include "nodes/SceneGraph.h"
+
 namespace nodes {
 namespace {
 
@@ -15,6 +17,8 @@ struct Reading {
     int scopes = 0;
     /// Loaded by Inlines since the outermost scope began.
     std::size_t files = 0;
+    std::size_t text = 0;
+    std::size_t instances = 0;
 };
 
 thread_local Reading t_reading;
@@ -33,16 +37,18 @@ ReadScope::ReadScope(const char* path) {
         t_reading.paths.push_back(canonicalPath(path));
         m_named = true;
     }
-    ++t_reading.scopes;
+    if (t_reading.scopes++ == 0) {
+        t_reading.files = 0;
+        t_reading.text = 0;
+        t_reading.instances = SceneGraph::kInstanceNodes;
+    }
 }
 
 ReadScope::~ReadScope() {
     if (m_named) {
         t_reading.paths.pop_back();
     }
-    if (--t_reading.scopes == 0) {
-        t_reading.files = 0;
-    }
+    --t_reading.scopes;
 }
 
 bool ReadScope::mayInline(const char* path) {
@@ -61,6 +67,30 @@ bool ReadScope::mayInline(const char* path) {
     }
     ++reading.files;
     return true;
+}
+
+bool ReadScope::addText(std::size_t size) {
+    Reading& reading = t_reading;
+    if (reading.scopes == 1) {
+        return true;
+    }
+    if (size > kInlineText - reading.text) {
+        return false;
+    }
+    reading.text += size;
+    return true;
+}
+
+void ReadScope::allowInstances(const NodeTree& tree) {
+    std::size_t count = 0;
+    for (const Node* node = tree.firstNode(); node != nullptr; node = node->next()) {
+        count += node->instanceOf() != nullptr ? 0 : 1;
+    }
+    t_reading.instances += SceneGraph::kInstanceNodesEach * count;
+}
+
+std::size_t& ReadScope::instanceBudget() {
+    return t_reading.instances;
 }
 
 }  // namespace nodes

@@ -15,8 +15,13 @@ void stageChildren(Node& node) {
     }
 }
 
-float distance(const SFVec3f::Value& a, const SFVec3f::Value& b) {
-    return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
+double distance(const SFVec3f::Value& a, const SFVec3f::Value& b) {
+    double sum = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        const double d = double{a[i]} - double{b[i]};
+        sum += d * d;
+    }
+    return std::sqrt(sum);
 }
 
 /// A node's own point, as the world sees it.
@@ -71,7 +76,7 @@ void LODNode::eventReceived() {
     }
     hideStaged();
     const ViewpointNode& viewer = scene()->viewer();
-    const float away =
+    const double away =
         distance(inWorld(viewer, viewer.position().value()), inWorld(*this, center().value()));
     int level = 0;
     for (const float limit : range().values()) {
