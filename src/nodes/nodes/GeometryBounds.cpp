@@ -10,9 +10,10 @@
 namespace nodes {
 namespace {
 
-std::int32_t polygons(std::int64_t count) {
+/// Counts that no 32 bits hold end at the largest.
+std::int32_t polygons(double count) {
     return static_cast<std::int32_t>(
-        std::min<std::int64_t>(count, std::numeric_limits<std::int32_t>::max()));
+        std::min<double>(count, std::numeric_limits<std::int32_t>::max()));
 }
 
 /// The Coordinate child of a geometry, or the node that stands behind a reference to one.
@@ -132,7 +133,7 @@ std::int32_t IndexedFaceSetNode::polygonCount() const {
         return 0;
     }
     // The last index ends a face, whatever it is.
-    return polygons(std::count(indices.begin(), indices.end() - 1, -1) + 1);
+    return static_cast<std::int32_t>(std::count(indices.begin(), indices.end() - 1, -1) + 1);
 }
 
 void PointSetNode::initialise() {
@@ -168,8 +169,8 @@ void ElevationGridNode::computeBounds() {
 }
 
 std::int32_t ElevationGridNode::polygonCount() const {
-    const std::int64_t x = xDimension();
-    const std::int64_t z = zDimension();
+    const double x = xDimension();
+    const double z = zDimension();
     return x >= 1 && z >= 1 ? polygons((z * 4 - 4) * (x - 1)) : 0;
 }
 
@@ -193,7 +194,7 @@ void ExtrusionNode::initialise() {
 }
 
 std::int32_t ExtrusionNode::polygonCount() const {
-    return polygons((std::int64_t{spineCount()} + 1) * crossSectionCount());
+    return polygons((static_cast<double>(spineCount()) + 1) * crossSectionCount());
 }
 
 }  // namespace nodes
