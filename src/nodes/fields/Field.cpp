@@ -1,13 +1,12 @@
 #include "nodes/fields/Field.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <string>
-#include <string_view>
 
 #include "nodes/fields/ScalarFields.h"
+#include "nodes/fields/ValueText.h"
 #include "nodes/fields/VectorFields.h"
-#include "nodes/writer/TextStream.h"
 
 namespace nodes {
 namespace {
@@ -16,19 +15,17 @@ constexpr const char* kTypeNames[] = {
     "None",     "SFBool",   "SFFloat",  "SFDouble",   "SFInt32",    "SFVec2f", "SFVec3f", "SFVec2d",
     "SFVec3d",  "SFString", "SFColor",  "SFTime",     "SFRotation", "SFImage", "SFNode",  "SFChar",
     "MFBool",   "MFFloat",  "MFDouble", "MFInt32",    "MFVec2f",    "MFVec3f", "MFVec2d", "MFVec3d",
-    "MFString", "MFColor",  "MFTime",   "MFRotation", "MFImage",    "MFNode",  "MFChar",
-};
+    "MFString", "MFColor",  "MFTime",   "MFRotation", "MFImage",    "MFNode",  "MFChar"};
 static_assert(std::size(kTypeNames) == kFieldTypeCount);
 
-template <class Values>
-void putAll(TextStream& stream, const Values& values) {
-    bool first = true;
-    for (const float value : values) {
-        if (!first) {
-            stream.put(' ');
-        }
-        first = false;
-        stream.put(value);
+constexpr std::int32_t kListTypes[] = {kMFFloat, kMFInt32, kMFVec2f,    kMFVec3f, kMFString,
+                                       kMFColor, kMFTime,  kMFRotation, kMFNode};
+
+/// A field's type number can be set to another class's, so the class is asked for here.
+template <class Item>
+void writeValueOf(TextStream& stream, const Field& field) {
+    if (const auto* item = dynamic_cast<const Item*>(&field)) {
+        putValue(stream, item->value());
     }
 }
 
@@ -37,7 +34,7 @@ void putAll(TextStream& stream, const Values& values) {
 std::int32_t fieldTypeFromName(const char* text) {
     if (text) {
         for (std::int32_t type = kSFBool; type < kFieldTypeCount; ++type) {
-            if (std::strcmp(text, kTypeNames[type]) == 0) {
+            if (std::strcmp(kTypeNames[type], text) == 0) {
                 return type;
             }
         }
@@ -50,20 +47,7 @@ const char* fieldTypeName(std::int32_t type) {
 }
 
 bool isSingleValueType(std::int32_t type) {
-    switch (type) {
-        case kMFFloat:
-        case kMFInt32:
-        case kMFVec2f:
-        case kMFVec3f:
-        case kMFString:
-        case kMFColor:
-        case kMFTime:
-        case kMFRotation:
-        case kMFNode:
-            return false;
-        default:
-            return true;
-    }
+    return std::find(std::begin(kListTypes), std::end(kListTypes), type) == std::end(kListTypes);
 }
 
 Field::~Field() {
@@ -71,7 +55,7 @@ Field::~Field() {
 }
 
 const char* Field::toText(std::string& out) const {
-    char buffer[256];
+    char buffer[kFixedLength + 1];
     out = print(buffer, sizeof buffer);
     return out.c_str();
 }
@@ -86,10 +70,13 @@ bool Field::equals(const Field&) const {
 }
 
 void Field::setName(const char* text) {
-    const std::string_view name = text ? text : "";
-    char* copy = new char[name.size() + 1];  // goes with the next name, or with the field
-    name.copy(copy, name.size());
-    copy[name.size()] = '\0';
+    if (!text || !*text) {
+        setNameOfTable("");
+        return;
+    }
+    const std::size_t size = std::strlen(text) + 1;
+    char* const copy = new char[size];
+    std::memcpy(copy, text, size);
     setNameOfTable(copy);
     m_ownsName = true;
 }
@@ -105,35 +92,25 @@ void Field::setNameOfTable(const char* text) {
 void writeValue(TextStream& stream, const Field& field) {
     switch (field.type()) {
         case kSFBool:
-            stream.put(
-                std::string_view(static_cast<const SFBool&>(field).value() ? "TRUE" : "FALSE"));
-            break;
+            return writeValueOf<SFBool>(stream, field);
         case kSFFloat:
-            stream.put(static_cast<const SFFloat&>(field).value());
-            break;
+            return writeValueOf<SFFloat>(stream, field);
         case kSFInt32:
-            stream.put(static_cast<const SFInt32&>(field).value());
-            break;
-        case kSFTime:
-            stream.put(static_cast<const SFTime&>(field).value());
-            break;
+            return writeValueOf<SFInt32>(stream, field);
         case kSFVec2f:
-            putAll(stream, static_cast<const SFVec2f&>(field).value());
-            break;
+            return writeValueOf<SFVec2f>(stream, field);
         case kSFVec3f:
-        case kSFColor:
-            putAll(stream, static_cast<const TripleField&>(field).value());
-            break;
-        case kSFRotation:
-            putAll(stream, static_cast<const SFRotation&>(field).value());
-            break;
+            return writeValueOf<SFVec3f>(stream, field);
         case kSFString:
-            stream.put('"');
-            stream.put(std::string_view(static_cast<const SFString&>(field).value()));
-            stream.put('"');
-            break;
+            return writeValueOf<SFString>(stream, field);
+        case kSFColor:
+            return writeValueOf<SFColor>(stream, field);
+        case kSFTime:
+            return writeValueOf<SFTime>(stream, field);
+        case kSFRotation:
+            return writeValueOf<SFRotation>(stream, field);
         default:
-            break;
+            return;
     }
 }
 

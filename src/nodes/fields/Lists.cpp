@@ -1,40 +1,93 @@
 #include "nodes/fields/Lists.h"
 
-#include <cstddef>
-#include <memory>
-#include <string>
 #include <string_view>
-#include <utility>
 
-#include "nodes/fields/PrintedText.h"
-#include "nodes/writer/TextStream.h"
+#include "nodes/fields/ValueText.h"
 
 namespace nodes {
 namespace {
 
 constexpr std::string_view kSeparator = ", ";
-constexpr int kPixelsOfLine = 33;
+constexpr std::string_view kBlanks = " \t\n\v\f\r";
+
+std::string_view withoutBlanks(std::string_view text) {
+    return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
+}
+
+/// Takes an item and the comma behind it from the front of TEXT, which begins with no blank.
+std::string_view takeItem(std::string_view& text) {
+    std::size_t start = 0;
+    std::size_t end = text.find(',');
+    std::size_t comma = end;
+    if (text.starts_with('"')) {
+        start = 1;
+        end = std::min(text.find('"', start), text.size());
+        comma = text.find(',', end);
+    }
+    std::string_view item = text.substr(start, std::min(end, text.size()) - start);
+    if (start == 0) {
+        item = item.substr(0, item.find_last_not_of(kBlanks) + 1);
+    }
+    text = withoutBlanks(text.substr(std::min(comma, text.size() - 1) + 1));
+    return item;
+}
+
+template <class Value>
+void textOfValue(const Value& value, std::string& out) {
+    out = ValueText(value).view();
+}
+
+void textOfValue(const std::string& value, std::string& out) {
+    out = value.c_str();
+}
+
+template <class Value>
+void writeLines(std::span<const Value> values, TextStream& stream, std::string_view indent) {
+    for (std::size_t i = 0; i < values.size() && !stream.full(); ++i) {
+        stream.put(indent);
+        putValue(stream, values[i]);
+        if (i + 1 < values.size()) {
+            stream.put(',');
+        }
+        stream.put('\n');
+    }
+}
+
+void writePixels(std::span<const std::int32_t> values, TextStream& stream,
+                 std::string_view indent) {
+    constexpr std::size_t kLine = 33;
+    stream.put(indent);
+    for (std::size_t i = 0; i < values.size() && !stream.full(); ++i) {
+        stream.put(values[i]);
+        stream.put(' ');
+        if (i % kLine == kLine - 1) {
+            stream.put('\n');
+            stream.put(indent);
+        }
+    }
+    stream.put('\n');
+}
 
 }  // namespace
 
 void MField::writeIndented(TextStream& stream, std::string_view prefix,
                            std::string_view suffix) const {
-    write(stream, std::string(prefix).append(suffix));
+    std::string indent(prefix);
+    indent += suffix;
+    write(stream, indent);
 }
 
 void MField::fromText(const char* text) {
     if (!text) {
         return;
     }
+    // The text may be that of an item of this very list.
+    const std::string copy = text;
     clear();
-    std::string_view rest = text;
-    while (!rest.empty()) {
-        const std::size_t end = rest.find(',');
-        const std::string item(rest.substr(0, end));
-        if (item.find_first_not_of(" \t\r\n") != std::string::npos) {
-            addFromText(item.c_str());
-        }
-        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    std::string item;
+    for (std::string_view rest = withoutBlanks(copy); !rest.empty();) {
+        item = takeItem(rest);
+        addFromText(item.c_str());
     }
 }
 
@@ -54,41 +107,46 @@ char* MField::print(char* buffer, std::size_t capacity) const {
     std::string all;
     std::string text;
     for (int i = 0; i < count(); ++i) {
+        const std::string_view separator = i > 0 ? kSeparator : std::string_view();
         const std::string_view item = itemText(i, text);
-        const std::size_t separator = i > 0 ? kSeparator.size() : 0;
-        if (all.size() + separator + item.size() >= capacity) {
+        if (all.size() + separator.size() + item.size() >= capacity) {
             break;
         }
-        all += kSeparator.substr(0, separator);
+        all += separator;
         all += item;
     }
     return printText(all, buffer, capacity);
 }
 
 template <class Item, FieldType kType>
-const typename Item::Value& ListOf<Item, kType>::valueAt(int i) const {
-    if (m_items) [[unlikely]] {
-        if (const auto item = m_items->find(i); item != m_items->end()) {
-            return m_values[static_cast<std::size_t>(i)] = item->second->value();
-        }
+const typename ListOf<Item, kType>::Value& ListOf<Item, kType>::valueOfItem(int i) const {
+    Value& value = m_values[static_cast<std::size_t>(i)];
+    const auto found = m_items->find(i);
+    if (found != m_items->end()) {
+        value = found->second->value();
     }
-    return m_values[static_cast<std::size_t>(i)];
+    return value;
 }
 
 template <class Item, FieldType kType>
-std::span<const typename Item::Value> ListOf<Item, kType>::values() const {
-    if (m_items) {
-        for (const auto& [i, item] : *m_items) {
-            m_values[static_cast<std::size_t>(i)] = item->value();
-        }
+void ListOf<Item, kType>::takeItemValues() const {
+    for (const auto& [i, item] : *m_items) {
+        m_values[static_cast<std::size_t>(i)] = item->value();
     }
-    return m_values;
+}
+
+template <class Item, FieldType kType>
+void ListOf<Item, kType>::keep(int i, std::unique_ptr<Item> item) {
+    if (!m_items) {
+        m_items = std::make_unique<std::unordered_map<int, std::unique_ptr<Item>>>();
+    }
+    m_items->emplace(i, std::move(item));
 }
 
 template <class Item, FieldType kType>
 void ListOf<Item, kType>::clear() {
-    m_values.clear();
     m_items.reset();
+    m_values.clear();
 }
 
 template <class Item, FieldType kType>
@@ -96,74 +154,63 @@ Field* ListOf<Item, kType>::item(int i) {
     if (!holds(i)) {
         return nullptr;
     }
-    if (!m_items) {
-        m_items = std::make_unique<ItemMap>();
+    if (m_items) {
+        const auto found = m_items->find(i);
+        if (found != m_items->end()) {
+            return found->second.get();
+        }
     }
-    std::unique_ptr<Item>& item = (*m_items)[i];
-    if (!item) {
-        item = std::make_unique<Item>(m_values[static_cast<std::size_t>(i)]);
-    }
-    return item.get();
+    auto made = std::make_unique<Item>();
+    made->setValue(m_values[static_cast<std::size_t>(i)]);
+    Item* const item = made.get();
+    keep(i, std::move(made));
+    return item;
 }
 
 template <class Item, FieldType kType>
 void ListOf<Item, kType>::add(std::unique_ptr<Field> field) {
-    if (!field || field->type() != Item().type()) {
-        return;
+    auto* const item = dynamic_cast<Item*>(field.get());
+    if (item) {
+        const int i = count();
+        m_values.push_back(item->value());
+        static_cast<void>(field.release());
+        keep(i, std::unique_ptr<Item>(item));
     }
-    if (!m_items) {
-        m_items = std::make_unique<ItemMap>();
-    }
-    std::unique_ptr<Item> item(static_cast<Item*>(field.release()));
-    m_values.push_back(item->value());
-    m_items->emplace(count() - 1, std::move(item));
 }
 
 template <class Item, FieldType kType>
 void ListOf<Item, kType>::addFromText(const char* text) {
     Item item;
     item.fromText(text);
-    add(item.value());
+    m_values.push_back(item.value());
 }
 
 template <class Item, FieldType kType>
 void ListOf<Item, kType>::assign(const Field& other) {
-    if (other.type() != type() || &other == this) {
-        return;
+    const auto* const list = dynamic_cast<const ListOf*>(&other);
+    if (list && list != this) {
+        const std::span<const Value> values = list->values();
+        m_items.reset();
+        m_values.assign(values.begin(), values.end());
     }
-    const auto values = static_cast<const ListOf&>(other).values();
-    clear();
-    m_values.assign(values.begin(), values.end());
 }
 
 template <class Item, FieldType kType>
 void ListOf<Item, kType>::write(TextStream& stream, std::string_view indent) const {
-    const auto all = values();
     if constexpr (kType == kSFImage) {
-        stream.put(indent);
-        for (std::size_t i = 0; i < all.size(); ++i) {
-            stream.put(all[i]);
-            stream.put(' ');
-            if ((i + 1) % kPixelsOfLine == 0) {
-                stream.put('\n');
-                stream.put(indent);
-            }
-        }
-        stream.put('\n');
-        return;
-    }
-    Item item;
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        stream.put(indent);
-        item.setValue(all[i]);
-        writeValue(stream, item);
-        stream.put(std::string_view(i + 1 < all.size() ? ",\n" : "\n"));
+        writePixels(values(), stream, indent);
+    } else {
+        writeLines(values(), stream, indent);
     }
 }
 
 template <class Item, FieldType kType>
 const char* ListOf<Item, kType>::itemText(int i, std::string& out) const {
-    return Item(valueAt(i)).toText(out);
+    out.clear();
+    if (holds(i)) {
+        textOfValue(valueAt(i), out);
+    }
+    return out.c_str();
 }
 
 template class ListOf<SFFloat, kMFFloat>;

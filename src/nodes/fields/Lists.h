@@ -1,7 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <concepts>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <span>
 #include <string>
@@ -37,7 +39,9 @@ class MField : public Field {
     /// class than the list's items is dropped.
     virtual void add(std::unique_ptr<Field> field) = 0;
 
-    /// Clears the list and adds each item of a text, whose items are separated by commas.
+    /// Clears the list and adds each item of a text, whose items are separated by commas. One that
+    /// begins with a double quote ends with the next one and may hold commas; there is none behind
+    /// a comma at the end.
     void fromText(const char* text) override;
     const char* toText(std::string& out) const override;
     /// Stops before the item that would bring the text, with its separator, to CAPACITY characters.
@@ -50,33 +54,45 @@ class MField : public Field {
 };
 
 /// The list of ITEMs, whose values are of type Item::Value.
+///
+/// Members that not every list has are templates: clang 14 instantiates all others with the class,
+/// whatever they require.
 template <class Item, FieldType kType>
 class ListOf : public MField {
   public:
     using Value = typename Item::Value;
+    static constexpr bool kHasComponents =
+        !std::is_scalar_v<Value> && !std::is_same_v<Value, std::string>;
 
     ListOf() : MField(kType) {}
 
     using MField::add;
     void add(Value value) {
         if constexpr (std::is_same_v<Item, SFRotation>) {
-            m_values.push_back(SFRotation::normalized(value));
-        } else {
-            m_values.push_back(std::move(value));
+            value = Item::normalized(value);
         }
+        m_values.push_back(std::move(value));
     }
+    /// Null adds the empty text.
+    template <std::same_as<char> Character>
+    requires std::is_same_v<Value, std::string>
+    void add(const Character* text) { m_values.emplace_back(text ? text : ""); }
+    /// The components of an item.
+    template <std::same_as<float> Component>
+    requires kHasComponents void add(const Component* in) { addSet(in); }
     /// In every form in which the item can be set, of two parts or more.
     template <class... Part>
-    requires(sizeof...(Part) > 1) void add(Part... parts) {
-        Item item;
-        item.set(parts...);
-        add(item.value());
-    }
+    requires(sizeof...(Part) > 1) void add(Part... parts) { addSet(parts...); }
     /// Room for COUNT items in all.
     void reserve(std::size_t count) { m_values.reserve(count); }
 
     /// The values side by side, good until the list or an item of it changes.
-    std::span<const Value> values() const;
+    std::span<const Value> values() const {
+        if (m_items) {
+            takeItemValues();
+        }
+        return m_values;
+    }
     /// Item I; the value 0, the null text, for an index out of range.
     auto get(int i) const {
         if constexpr (std::is_same_v<Value, std::string>) {
@@ -86,15 +102,19 @@ class ListOf : public MField {
         }
     }
     /// The components of item I in OUT, which an index out of range leaves as it is.
-    void get(int i, float* out) const
-        requires(!std::is_scalar_v<Value> && !std::is_same_v<Value, std::string>) {
+    template <std::same_as<float> Component>
+    requires kHasComponents void get(int i, Component* out) const {
         if (holds(i)) {
             const Value& value = valueAt(i);
             std::copy(value.begin(), value.end(), out);
         }
     }
 
-    int count() const override { return static_cast<int>(m_values.size()); }
+    /// Items beyond the range of an int are kept, and not counted.
+    int count() const override {
+        constexpr std::size_t kMost = std::numeric_limits<int>::max();
+        return static_cast<int>(std::min(m_values.size(), kMost));
+    }
     void clear() override;
     Field* item(int i) override;
     void add(std::unique_ptr<Field> field) override;
@@ -106,13 +126,22 @@ class ListOf : public MField {
 
   private:
     bool holds(int i) const { return i >= 0 && static_cast<std::size_t>(i) < m_values.size(); }
-    const Value& valueAt(int i) const;
+    const Value& valueAt(int i) const {
+        return m_items ? valueOfItem(i) : m_values[static_cast<std::size_t>(i)];
+    }
+    template <class... Part>
+    void addSet(Part... parts) {
+        Item item;
+        item.set(parts...);
+        m_values.push_back(item.value());
+    }
+    const Value& valueOfItem(int i) const;
+    void takeItemValues() const;
+    void keep(int i, std::unique_ptr<Item> item);
 
-    using ItemMap = std::unordered_map<int, std::unique_ptr<Item>>;
-
-    // The value of an item that has an object is the object's, and is copied here when it is read.
+    // The value of an item that has an object is the object's; values() brings both together.
     mutable std::vector<Value> m_values;
-    std::unique_ptr<ItemMap> m_items;
+    std::unique_ptr<std::unordered_map<int, std::unique_ptr<Item>>> m_items;
 };
 
 using MFFloat = ListOf<SFFloat, kMFFloat>;
@@ -125,5 +154,15 @@ using MFColor = ListOf<SFColor, kMFColor>;
 using MFRotation = ListOf<SFRotation, kMFRotation>;
 /// Width, height, components and the pixels, row by row from below, one integer each.
 using SFImage = ListOf<SFInt32, kSFImage>;
+
+extern template class ListOf<SFFloat, kMFFloat>;
+extern template class ListOf<SFInt32, kMFInt32>;
+extern template class ListOf<SFTime, kMFTime>;
+extern template class ListOf<SFString, kMFString>;
+extern template class ListOf<SFVec2f, kMFVec2f>;
+extern template class ListOf<SFVec3f, kMFVec3f>;
+extern template class ListOf<SFColor, kMFColor>;
+extern template class ListOf<SFRotation, kMFRotation>;
+extern template class ListOf<SFInt32, kSFImage>;
 
 }  // namespace nodes

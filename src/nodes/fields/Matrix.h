@@ -24,8 +24,10 @@ class SFMatrix final : public Field {
     void setScale(const float in[3]);
     void setTranslation(float x, float y, float z);
     void setTranslation(const float in[3]);
+    /// About an axis of length 1; the zero axis turns nothing.
     void setRotation(float x, float y, float z, float angle);
     void setRotation(const float in[4]);
+    /// Of a rotation's matrix, with an angle from 0 to a half turn.
     void toRotation(SFRotation& out) const;
     void toFloats(float out[16]) const;
     void fromFloats(const float in[16]);
@@ -42,7 +44,7 @@ class SFMatrix final : public Field {
 void normalize3(float inout[3]);
 float length3(const float in[3]);
 void negate3(float inout[3]);
-/// acos of the dot product over the product of the lengths, in radians.
+/// acos of the dot product over the product of the lengths, in radians; 0 if a length is 0.
 float angleBetween(const float a[3], const float b[3]);
 /// The normalised cross product of b - a and c - b.
 void triangleNormal(const float a[3], const float b[3], const float c[3], float out[3]);

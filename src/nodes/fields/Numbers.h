@@ -6,21 +6,28 @@
 
 namespace nodes {
 
-/// The number at the start of a text, behind white space, as atof reads it in the C locale: what
-/// follows it does not matter, no number is 0, too large a number is infinite, too small a one 0.
-double numberFromText(std::string_view text);
-/// As above, and moves TEXT behind the number; false, with TEXT and OUT as they were, without one.
-bool takeNumber(std::string_view& text, double& out);
-/// The integer at the start of a text, as atoi reads it; one that does not fit is the nearest that
-/// does.
-std::int32_t integerFromText(std::string_view text);
+// Numbers as the C library reads and prints them in the C locale, whatever the host's locale is.
 
-/// Room for any number that the functions below write.
-constexpr std::size_t kNumberRoom = 340;
-/// Writes as "%g" does in the C locale, without a terminating zero; returns the end.
-char* writeGeneral(double value, char* out);
-/// Writes as "%f" does in the C locale.
-char* writeFixed(double value, char* out);
-char* writeInteger(std::int32_t value, char* out);
+/// Takes a number from the front of TEXT as strtod does: white space before it, a sign, "inf",
+/// "nan" and "0x..." are allowed, and what is out of range becomes 0 or infinite. False, and
+/// nothing is changed, if there is none.
+bool takeNumber(std::string_view& text, float& out);
+bool takeNumber(std::string_view& text, double& out);
+
+/// The number at the start of TEXT, 0 if there is none.
+double toDouble(std::string_view text);
+/// As toDouble, of an integer; beyond 32 bits it is the nearest that there is.
+std::int32_t toInt32(std::string_view text);
+
+/// Characters that the longest number may take in each form.
+constexpr std::size_t kGeneralLength = 16;
+constexpr std::size_t kFixedLength = 320;
+constexpr std::size_t kInt32Length = 11;
+
+/// Each writes VALUE at TO, without a terminating zero, and returns the end: as "%g", "%f", "%d".
+char* putGeneral(char* to, float value);
+char* putGeneral(char* to, double value);
+char* putFixed(char* to, double value);
+char* putInt32(char* to, std::int32_t value);
 
 }  // namespace nodes

@@ -1,11 +1,9 @@
 #include "nodes/fields/ScalarFields.h"
 
-#include <array>
-#include <string>
 #include <string_view>
 
 #include "nodes/fields/Numbers.h"
-#include "nodes/fields/PrintedText.h"
+#include "nodes/fields/ValueText.h"
 #include "nodes/nodes/Node.h"
 
 namespace nodes {
@@ -20,40 +18,37 @@ void SFBool::fromText(const char* text) {
 }
 
 char* SFBool::print(char* buffer, std::size_t capacity) const {
-    return printText(value() ? "TRUE" : "FALSE", buffer, capacity);
+    return printText(ValueText(value()).view(), buffer, capacity);
 }
 
 void SFFloat::fromText(const char* text) {
     if (text) {
-        setValue(static_cast<float>(numberFromText(text)));
+        setValue(static_cast<float>(toDouble(text)));
     }
 }
 
 char* SFFloat::print(char* buffer, std::size_t capacity) const {
-    const float number = value();
-    return printNumbers({&number, 1}, buffer, capacity);
+    return printText(ValueText(value()).view(), buffer, capacity);
 }
 
 void SFInt32::fromText(const char* text) {
     if (text) {
-        setValue(integerFromText(text));
+        setValue(toInt32(text));
     }
 }
 
 char* SFInt32::print(char* buffer, std::size_t capacity) const {
-    std::array<char, kNumberRoom> text;
-    return printText({text.data(), writeInteger(value(), text.data())}, buffer, capacity);
+    return printText(ValueText(value()).view(), buffer, capacity);
 }
 
 void SFTime::fromText(const char* text) {
     if (text) {
-        setValue(numberFromText(text));
+        setValue(toDouble(text));
     }
 }
 
 char* SFTime::print(char* buffer, std::size_t capacity) const {
-    std::array<char, kNumberRoom> text;
-    return printText({text.data(), writeFixed(value(), text.data())}, buffer, capacity);
+    return printText(ValueText(value()).view(), buffer, capacity);
 }
 
 void SFNode::fromText(const char*) {}
@@ -69,21 +64,22 @@ char* SFNode::print(char* buffer, std::size_t capacity) const {
 
 void SFString::fromText(const char* text) {
     if (text) {
-        m_text = text;
+        setText(text);
     }
 }
 
 const char* SFString::toText(std::string& out) const {
-    out = m_text;
+    out = text();
     return out.c_str();
 }
 
 char* SFString::print(char* buffer, std::size_t capacity) const {
-    return printText(m_text, buffer, capacity);
+    return printText(text(), buffer, capacity);
 }
 
 bool SFString::equals(const Field& other) const {
-    return other.type() == kSFString && static_cast<const SFString&>(other).m_text == m_text;
+    const auto* string = dynamic_cast<const SFString*>(&other);
+    return string && string->m_text == m_text;
 }
 
 }  // namespace nodes

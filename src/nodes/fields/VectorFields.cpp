@@ -2,26 +2,51 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <string_view>
 
 #include "nodes/fields/Matrix.h"
-#include "nodes/fields/PrintedText.h"
+#include "nodes/fields/Numbers.h"
+#include "nodes/fields/ValueText.h"
 
 namespace nodes {
+namespace {
+
+/// How far from 1 rounding may leave the length of a normalised axis. Such an axis stays as it is,
+/// so that copies of a rotation are equal to it.
+constexpr float kUnitTolerance = std::numeric_limits<float>::epsilon();
+
+/// Changes OUT only if TEXT has a number for each component.
+template <class Value>
+bool takeValue(const char* text, Value& out) {
+    std::string_view rest = text ? text : "";
+    Value value{};
+    for (float& component : value) {
+        if (!takeNumber(rest, component)) {
+            return false;
+        }
+    }
+    out = value;
+    return true;
+}
+
+}  // namespace
 
 void SFVec2f::get(float out[2]) const {
     std::copy(m_value.begin(), m_value.end(), out);
 }
 
 void SFVec2f::fromText(const char* text) {
-    takeNumbers(text, m_value);
+    takeValue(text, m_value);
 }
 
 char* SFVec2f::print(char* buffer, std::size_t capacity) const {
-    return printNumbers(m_value, buffer, capacity);
+    return printText(ValueText(m_value).view(), buffer, capacity);
 }
 
 bool SFVec2f::equals(const Field& other) const {
-    return other.type() == kSFVec2f && static_cast<const SFVec2f&>(other).m_value == m_value;
+    const auto* vector = dynamic_cast<const SFVec2f*>(&other);
+    return vector && vector->m_value == m_value;
 }
 
 void TripleField::get(float out[3]) const {
@@ -51,23 +76,16 @@ void TripleField::normalize() {
 }
 
 void TripleField::fromText(const char* text) {
-    takeNumbers(text, m_value);
+    takeValue(text, m_value);
 }
 
 char* TripleField::print(char* buffer, std::size_t capacity) const {
-    return printNumbers(m_value, buffer, capacity);
+    return printText(ValueText(m_value).view(), buffer, capacity);
 }
 
 bool TripleField::equals(const Field& other) const {
-    return other.type() == type() && static_cast<const TripleField&>(other).m_value == m_value;
-}
-
-SFRotation::Value SFRotation::normalized(const Value& value) {
-    const float length = length3(value.data());
-    if (length == 0 || length == 1 || !std::isfinite(length)) {
-        return value;
-    }
-    return {value[0] / length, value[1] / length, value[2] / length, value[3]};
+    const auto* triple = dynamic_cast<const TripleField*>(&other);
+    return triple && triple->type() == type() && triple->m_value == m_value;
 }
 
 void SFRotation::get(float out[4]) const {
@@ -79,12 +97,12 @@ void SFRotation::toMatrix(SFMatrix& out) const {
 }
 
 void SFRotation::compose(const SFRotation& other) {
-    SFMatrix mine;
-    SFMatrix others;
-    toMatrix(mine);
-    other.toMatrix(others);
-    mine.multiply(others);
-    mine.toRotation(*this);
+    SFMatrix matrix;
+    SFMatrix otherMatrix;
+    toMatrix(matrix);
+    other.toMatrix(otherMatrix);
+    matrix.multiply(otherMatrix);
+    matrix.toRotation(*this);
 }
 
 void SFRotation::rotate(float inout[3]) const {
@@ -93,19 +111,30 @@ void SFRotation::rotate(float inout[3]) const {
     matrix.transform(inout);
 }
 
+SFRotation::Value SFRotation::normalized(const Value& value) {
+    const float length = length3(value.data());
+    if (length == 0 || std::fabs(length - 1) <= kUnitTolerance) {
+        return value;
+    }
+    Value result = value;
+    normalize3(result.data());
+    return result;
+}
+
 void SFRotation::fromText(const char* text) {
-    Value value{};
-    if (takeNumbers(text, value)) {
+    Value value;
+    if (takeValue(text, value)) {
         setValue(value);
     }
 }
 
 char* SFRotation::print(char* buffer, std::size_t capacity) const {
-    return printNumbers(m_value, buffer, capacity);
+    return printText(ValueText(m_value).view(), buffer, capacity);
 }
 
 bool SFRotation::equals(const Field& other) const {
-    return other.type() == kSFRotation && static_cast<const SFRotation&>(other).m_value == m_value;
+    const auto* rotation = dynamic_cast<const SFRotation*>(&other);
+    return rotation && rotation->m_value == m_value;
 }
 
 }  // namespace nodes

@@ -7,17 +7,6 @@
 
 namespace nodes {
 
-void TextStream::makeRoom(std::size_t length) {
-    if (kBufferSize - m_used < length) {
-        finish();
-    }
-}
-
-void TextStream::put(char character) {
-    makeRoom(1);
-    m_buffer[m_used++] = character;
-}
-
 void TextStream::put(std::string_view text) {
     if (text.size() > kBufferSize) {
         finish();
@@ -30,36 +19,39 @@ void TextStream::put(std::string_view text) {
 }
 
 void TextStream::put(float value) {
-    put(static_cast<double>(value));
+    makeRoom(kGeneralLength);
+    m_used = static_cast<std::size_t>(putGeneral(m_buffer + m_used, value) - m_buffer);
 }
 
 void TextStream::put(double value) {
-    makeRoom(kNumberRoom);
-    m_used = static_cast<std::size_t>(writeGeneral(value, m_buffer + m_used) - m_buffer);
+    makeRoom(kGeneralLength);
+    m_used = static_cast<std::size_t>(putGeneral(m_buffer + m_used, value) - m_buffer);
 }
 
 void TextStream::put(std::int32_t value) {
-    makeRoom(kNumberRoom);
-    m_used = static_cast<std::size_t>(writeInteger(value, m_buffer + m_used) - m_buffer);
+    makeRoom(kInt32Length);
+    m_used = static_cast<std::size_t>(putInt32(m_buffer + m_used, value) - m_buffer);
 }
 
 void TextStream::putTabs(std::size_t count) {
     while (count > 0) {
         makeRoom(1);
-        const std::size_t length = std::min(count, kBufferSize - m_used);
-        std::memset(m_buffer + m_used, '\t', length);
-        m_used += length;
-        count -= length;
+        const std::size_t part = std::min(count, kBufferSize - m_used);
+        std::memset(m_buffer + m_used, '\t', part);
+        m_used += part;
+        count -= part;
     }
 }
 
 void TextStream::finish() {
-    take(m_buffer, m_used);
-    m_used = 0;
+    if (m_used > 0) {
+        take(m_buffer, m_used);
+        m_used = 0;
+    }
 }
 
 void FileStream::take(const char* text, std::size_t length) {
-    m_failed = std::fwrite(text, 1, length, m_file) != length || m_failed;
+    m_failed = m_failed || std::fwrite(text, 1, length, m_file) != length;
 }
 
 }  // namespace nodes

@@ -18,7 +18,10 @@ class TextStream {
     TextStream& operator=(const TextStream&) = delete;
     virtual ~TextStream() = default;
 
-    void put(char character);
+    void put(char character) {
+        makeRoom(1);
+        m_buffer[m_used++] = character;
+    }
     void put(std::string_view text);
     void put(float value);
     void put(double value);
@@ -35,7 +38,11 @@ class TextStream {
     virtual void take(const char* text, std::size_t length) = 0;
 
   private:
-    void makeRoom(std::size_t length);
+    void makeRoom(std::size_t length) {
+        if (kBufferSize - m_used < length) {
+            finish();
+        }
+    }
 
     static constexpr std::size_t kBufferSize = 64 * 1024;
     char m_buffer[kBufferSize];
