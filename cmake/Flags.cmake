@@ -8,6 +8,10 @@ target_compile_options(
     INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -ffp-contract=off
               $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
               $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # It sees an overlap in every "text" + std::string.
+    target_compile_options(kestrane_flags INTERFACE -Wno-restrict)
+endif()
 if(KESTRANE_WERROR)
     target_compile_options(kestrane_flags INTERFACE -Werror)
 endif()

@@ -118,7 +118,6 @@ void NodeTree::clear() {
     uncountRoutes();
     clearRouteIndex();
     m_routes.clear();
-    m_scripts.clear();
     std::vector<Node*> tops;
     for (Node* node = firstNode(); node; node = node->nextSibling()) {
         tops.push_back(node);
@@ -135,8 +134,7 @@ const ViewpointNode& NodeTree::viewer() const {
 
 void NodeTree::takeNodes(NodeTree& other) {
     other.uncountRoutes();
-    // What a Script of OTHER names comes along.
-    other.m_scripts.clear();
+    other.m_handsOver = true;
     const Node* from = &other.m_root;
     if (const Node* first = other.firstNode(); first && first->isType(kXmlElement)) {
         from = first->isType(kXmlScene) ? first : first->nextOfType(kXmlScene);
@@ -144,15 +142,17 @@ void NodeTree::takeNodes(NodeTree& other) {
     while (from && from->firstChild()) {
         addNode(*from->firstChild(), false);
     }
+    other.m_handsOver = false;
 }
 
 void NodeTree::moveTo(Node& parent) {
     uncountRoutes();
-    m_scripts.clear();
+    m_handsOver = true;
     while (Node* node = firstNode()) {
         node->unlink();
         parent.link(*node);
     }
+    m_handsOver = false;
     if (parent.m_scene) {
         parent.m_scene->takeRoutes(*this);
     } else {
@@ -183,21 +183,9 @@ void NodeTree::clearRouteIndex() {
 void NodeTree::forgetLeaving(std::span<Node* const> tops) {
     for (Node* top : tops) {
         for (Node* node = top; node; node = node->nextWithin(top)) {
-            m_scripts.erase(node);
-            if (node->m_routeEnds > 0) {
-                removeRoutesOf(*node);
-            }
-        }
-    }
-    for (const Node* script : m_scripts) {
-        for (int i = 0; i < script->fieldCount(); ++i) {
-            Field* field = script->fieldAt(i);
-            if (field->type() != kSFNode) {
-                continue;
-            }
-            auto& named = static_cast<SFNode&>(*field);
-            if (named.value() && named.value()->m_leaving) {
-                named.setValue(nullptr);
+            node->forgetRoutes();
+            if (!m_handsOver) {
+                node->forgetNamers();
             }
         }
     }
@@ -217,8 +205,9 @@ void NodeTree::removeRoutesOf(Node& node) {
         const Route& route = *place;
         const std::uint64_t number = route.m_number;
         const Node* other = route.m_fromNode == &node ? route.m_toNode : route.m_fromNode;
-        next = m_routesOf.erase(next);
+        // In this order: the entry of the other end may be the next one.
         m_routesOf.erase({other, number});
+        next = m_routesOf.erase(next);
         m_routesFrom.erase({route.m_fromField, number});
         m_routeOfEnds.erase(
             Ends{route.m_fromNode, route.m_fromField, route.m_toNode, route.m_toField});

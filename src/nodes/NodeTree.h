@@ -10,7 +10,6 @@
 #include <span>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -122,8 +121,8 @@ class NodeTree {
     // The routes from a field, and those of a node, at both ends, in the order of their numbers.
     std::map<std::pair<const Field*, std::uint64_t>, Route*> m_routesFrom;
     std::map<std::pair<const Node*, std::uint64_t>, RouteList::iterator> m_routesOf;
-    // The Script nodes, whose SFNode fields may name nodes.
-    std::unordered_set<Node*> m_scripts;
+    // While all nodes go to another tree, and their routes and what names them with them.
+    bool m_handsOver = false;
 };
 
 }  // namespace nodes

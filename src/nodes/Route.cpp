@@ -45,8 +45,8 @@ void Route::deliver() {
     }
     m_delivered = true;
     // The fields are one where a node and an instance of it are joined.
-    if (m_fromField->type() == m_toField->type() && m_fromField != m_toField) {
-        if (const Copy copy = kCopies[static_cast<std::size_t>(m_fromField->type())]) {
+    if (m_fromField->classType() == m_toField->classType() && m_fromField != m_toField) {
+        if (const Copy copy = kCopies[static_cast<std::size_t>(m_fromField->classType())]) {
             copy(*m_fromField, *m_toField);
         }
     }

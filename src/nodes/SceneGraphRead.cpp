@@ -8,6 +8,7 @@
 
 #include "nodes/SceneGraph.h"
 #include "nodes/nodes/ReadScope.h"
+#include "nodes/reader/FileText.h"
 #include "nodes/reader/VrmlReader.h"
 #include "nodes/writer/GzFile.h"
 
@@ -20,7 +21,7 @@ constexpr const char* kTooMuchText = "the files of the Inlines hold too much tex
 
 std::int32_t detectFileType(const char* path) {
     std::array<char, 5> bytes{};
-    std::FILE* file = path ? std::fopen(path, "rb") : nullptr;
+    std::FILE* file = isPlainFile(path) ? std::fopen(path, "rb") : nullptr;
     if (!file) {
         return kUnknownFile;
     }

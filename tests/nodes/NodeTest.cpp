@@ -210,6 +210,40 @@ TEST(Node, WhatIsDeletedTakesItsInstancesAndRoutesAlong) {
     EXPECT_EQ(1, sensor.cycleInterval());
 }
 
+TEST(Node, AScriptNamesNoNodeThatIsGone) {
+    NodeTree other;
+    NodeTree tree;
+    auto& script = addTo<ScriptNode>(tree, "script");
+    auto& named = addTo<GroupNode>(tree, "named");
+    auto& field = static_cast<SFNode&>(script.addField("who", std::make_unique<SFNode>(&named)));
+    auto& second = static_cast<SFNode&>(script.addField("too", std::make_unique<SFNode>(&named)));
+    other.addNode(script, false);
+    EXPECT_EQ(&named, field.value());
+    tree.clear();
+    EXPECT_EQ(nullptr, field.value());
+    EXPECT_EQ(nullptr, second.value());
+    // One that goes before what it names leaves nothing behind.
+    auto& last = addTo<GroupNode>(tree);
+    field.setValue(&last);
+    second.setValue(&last);
+    other.clear();
+    tree.clear();
+}
+
+TEST(Node, RoutesGoWithTheFieldsThatTheyJoin) {
+    NodeTree tree;
+    auto& sharing = addTo<TimeSensorNode>(tree, "sharing");
+    auto& source = addTo<TimeSensorNode>(tree, "source");
+    addTo<PositionInterpolatorNode>(tree, "mover");
+    sharing.shareFieldsOf(&source);
+    sharing.setName("both");
+    ASSERT_TRUE(
+        tree.addRoute(sharing, "fraction_changed", *tree.findNode("mover"), "set_fraction"));
+    source.detach().reset();
+    EXPECT_TRUE(tree.routes().empty());
+    EXPECT_EQ(nullptr, sharing.instanceOf());
+}
+
 TEST(Node, AnInstanceInsideWhatItShowsGoesWithIt) {
     NodeTree tree;
     auto& outer = addTo<GroupNode>(tree, "outer");

@@ -83,16 +83,19 @@ class Field {
     void setNameOfTable(const char* text);
 
     std::int32_t type() const { return m_type; }
+    /// The type that the field was made with, whatever setTypeByName() has said since.
+    std::int32_t classType() const { return m_classType; }
     const char* typeName() const { return fieldTypeName(m_type); }
     void setTypeByName(const char* text) { m_type = fieldTypeFromName(text); }
     bool isSingleValue() const { return isSingleValueType(m_type); }
 
   protected:
-    explicit Field(std::int32_t type) : m_type(type) {}
+    explicit Field(FieldType type) : m_type(type), m_classType(static_cast<std::int8_t>(type)) {}
 
   private:
     const char* m_name = "";
     std::int32_t m_type;
+    const std::int8_t m_classType;
     bool m_ownsName = false;
 };
 

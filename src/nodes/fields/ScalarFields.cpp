@@ -51,7 +51,29 @@ char* SFTime::print(char* buffer, std::size_t capacity) const {
     return printText(ValueText(value()).view(), buffer, capacity);
 }
 
+void SFNode::setValue(Node* value) {
+    if (m_value) {
+        (m_previous ? m_previous->m_next : m_value->m_firstNamer) = m_next;
+        if (m_next) {
+            m_next->m_previous = m_previous;
+        }
+    }
+    m_value = value;
+    m_previous = nullptr;
+    m_next = value ? value->m_firstNamer : nullptr;
+    if (m_next) {
+        m_next->m_previous = this;
+    }
+    if (value) {
+        value->m_firstNamer = this;
+    }
+}
+
 void SFNode::fromText(const char*) {}
+
+bool SFNode::equals(const Field& other) const {
+    return other.classType() == kSFNode && static_cast<const SFNode&>(other).m_value == m_value;
+}
 
 const char* SFNode::toText(std::string& out) const {
     out = value() ? value()->name() : "";

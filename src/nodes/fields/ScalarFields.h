@@ -21,7 +21,8 @@ class ScalarField : public Field {
     void setValue(T value) { m_value = value; }
     void set(T value) { m_value = value; }
     bool equals(const Field& other) const override {
-        return other.type() == kType && static_cast<const ScalarField&>(other).m_value == m_value;
+        return other.classType() == kType &&
+               static_cast<const ScalarField&>(other).m_value == m_value;
     }
 
   private:
@@ -58,13 +59,28 @@ class SFTime final : public ScalarField<double, kSFTime> {
     char* print(char* buffer, std::size_t capacity) const override;
 };
 
-/// A node, which is not owned; null at first. As text, the node's name.
-class SFNode final : public ScalarField<Node*, kSFNode> {
+/// A node, which is not owned; null at first, and again once the node leaves its tree or ends. As
+/// text, the node's name.
+class SFNode final : public Field {
   public:
-    explicit SFNode(Node* value = nullptr) : ScalarField(value) {}
+    using Value = Node*;
+    explicit SFNode(Node* value = nullptr) : Field(kSFNode) { setValue(value); }
+    ~SFNode() override { setValue(nullptr); }
+
+    Node* value() const { return m_value; }
+    void setValue(Node* value);
+    void set(Node* value) { setValue(value); }
+
     void fromText(const char* text) override;
     const char* toText(std::string& out) const override;
     char* print(char* buffer, std::size_t capacity) const override;
+    bool equals(const Field& other) const override;
+
+  private:
+    Node* m_value = nullptr;
+    // The ring of the fields that name the node.
+    SFNode* m_previous = nullptr;
+    SFNode* m_next = nullptr;
 };
 
 class SFString final : public Field {

@@ -27,6 +27,12 @@ class BoundingBox {
     std::int32_t m_count = 0;
 };
 
+/// A box that holds for one pass over a tree, in which the points do not change.
+struct BoundsOfPass {
+    std::uint64_t pass = 0;
+    BoundingBox box;
+};
+
 /// The box that a file may give to a node with children.
 class BoundsInterface {
   public:

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "nodes/nodes/NodeClasses.h"
+#include "nodes/nodes/ReadScope.h"
 
 namespace nodes {
 namespace {
@@ -27,14 +28,21 @@ const CoordinateNode* coordinates(const Node& geometry) {
                : nullptr;
 }
 
-void takePointBounds(BoxedGeometryNode& geometry) {
-    BoundingBox box;
-    if (const CoordinateNode* node = coordinates(geometry)) {
-        for (const SFVec3f::Value& point : node->point().values()) {
-            box.add(point.data());
+/// The box of the points, which many geometries may share: found once in each pass.
+const BoundingBox& boundsOf(const CoordinateNode& node) {
+    const std::uint64_t pass = ReadScope::pass();
+    if (pass == 0 || node.bounds.pass != pass) {
+        node.bounds = {pass, {}};
+        for (const SFVec3f::Value& point : node.point().values()) {
+            node.bounds.box.add(point.data());
         }
     }
-    geometry.setBBox(box);
+    return node.bounds.box;
+}
+
+void takePointBounds(BoxedGeometryNode& geometry) {
+    const CoordinateNode* node = coordinates(geometry);
+    geometry.setBBox(node ? boundsOf(*node) : BoundingBox());
 }
 
 void takeRoundBounds(BoxedGeometryNode& geometry, float radius, float halfHeight) {

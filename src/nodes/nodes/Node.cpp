@@ -14,9 +14,7 @@ namespace nodes {
 Node::~Node() {
     clearStaged();
     deleteChildren();
-    if (m_scene) {
-        m_scene->m_scripts.erase(this);
-    }
+    forgetNamers();
     forgetSource();
     while (m_firstSharer) {
         m_firstSharer->forgetSource();
@@ -160,7 +158,6 @@ void Node::moveToScene(std::span<Node* const> tops, NodeTree* scene) {
     for (const Node* top : tops) {
         for (Node* node = const_cast<Node*>(top); node; node = node->nextWithin(top)) {
             node->showStaged();
-            node->m_leaving = true;
         }
     }
     for (std::size_t i = 0; i < tops.size();) {
@@ -177,11 +174,7 @@ void Node::moveToScene(std::span<Node* const> tops, NodeTree* scene) {
     for (Node* top : tops) {
         for (Node* node = top; node; node = node->nextWithin(top)) {
             node->showStaged();
-            node->m_leaving = false;
             node->m_scene = scene;
-            if (scene && node->m_type == kScript) {
-                scene->m_scripts.insert(node);
-            }
         }
     }
 }
@@ -339,6 +332,7 @@ void Node::shareFieldsOf(Node* other) {
     if (!other || &other->holder() == this) {
         return;
     }
+    forgetRoutes();
     forgetSource();
     // What has shown this node shows the other one now.
     Node& source = other->holder();
@@ -350,6 +344,18 @@ void Node::shareFieldsOf(Node* other) {
         sharer->m_isInstance = isInstance;
     }
     showFieldsOf(source);
+}
+
+void Node::forgetRoutes() {
+    if (m_scene && m_routeEnds > 0) {
+        m_scene->removeRoutesOf(*this);
+    }
+}
+
+void Node::forgetNamers() {
+    while (m_firstNamer) {
+        m_firstNamer->setValue(nullptr);
+    }
 }
 
 void Node::showFieldsOf(Node& source) {
@@ -366,6 +372,8 @@ void Node::forgetSource() {
     if (!m_source) {
         return;
     }
+    // They join fields of what the node shows.
+    forgetRoutes();
     (m_previousSharer ? m_previousSharer->m_nextSharer : m_source->m_firstSharer) = m_nextSharer;
     if (m_nextSharer) {
         m_nextSharer->m_previousSharer = m_previousSharer;

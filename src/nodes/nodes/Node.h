@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "nodes/fields/Field.h"
@@ -122,7 +123,8 @@ class Node {
 
     // Fields. Of an instance, those of the node that it shows.
 
-    /// Also under the names of their events: "set_NAME" and "NAME_changed".
+    /// Also under the names of their events: "set_NAME" and "NAME_changed". Fields that were added
+    /// to the class's own are found by the name that they had then.
     Field* findExposedField(const char* text) const;
     Field* findEventIn(const char* text) const;
     Field* findEventOut(const char* text) const;
@@ -198,7 +200,7 @@ class Node {
         }
         Field* found = m_source->fieldNamed(kind, name);
         Type& own = static_cast<Class&>(*this).*member;
-        return found && found->type() == own.type() ? static_cast<Type&>(*found) : own;
+        return found && found->classType() == own.classType() ? static_cast<Type&>(*found) : own;
     }
 
     void deleteChildren();
@@ -216,10 +218,18 @@ class Node {
 
   private:
     friend class NodeTree;
+    friend class SFNode;
 
     /// Fields and staged children that the class does not have by itself.
     struct Extras {
         std::array<std::vector<std::unique_ptr<Field>>, kFieldKinds> fields;
+        // The place of the first field of each name, under the name that it was added with.
+        std::array<std::unordered_map<std::string, std::size_t>, kFieldKinds> placeOfName;
+
+        /// The first field of those that have one of NAMES, of which all but the first may be
+        /// empty.
+        Field* find(FieldKind kind, std::span<const std::string_view> names) const;
+
         // Null where a child has left since the last look. Children out of the ring belong to this
         // list; their parent is set.
         std::vector<Node*> staged;
@@ -239,6 +249,8 @@ class Node {
     void setSceneBelow(NodeTree* scene);
     static void moveToScene(std::span<Node* const> tops, NodeTree* scene);
     void showFieldsOf(Node& source);
+    void forgetNamers();
+    void forgetRoutes();
     void forgetSource();
     void closeStagedGaps() const;
     static void destroy(std::vector<Node*> tops);
@@ -256,6 +268,8 @@ class Node {
     Node* m_firstSharer = nullptr;
     Node* m_previousSharer = nullptr;
     Node* m_nextSharer = nullptr;
+    // The first of the fields that name this node.
+    SFNode* m_firstNamer = nullptr;
     std::unique_ptr<Extras> m_extras;
     std::string m_name;
     std::int32_t m_type;
@@ -267,8 +281,6 @@ class Node {
     bool m_initialised = false;
     bool m_isRoot = false;
     bool m_isParked = false;
-    // While the node leaves its tree, and while it is being destroyed.
-    bool m_leaving = false;
     bool m_doomed = false;
 };
 

@@ -1,6 +1,9 @@
+#include <algorithm>
+#include <array>
 #include <cstddef>
-#include <cstring>
 #include <memory>
+#include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -9,17 +12,26 @@
 namespace nodes {
 namespace {
 
-/// Whether TEXT names the field NAME, or its event where IN or OUT allow.
-bool namesField(std::string_view text, std::string_view name, bool in, bool out) {
+/// The names of fields that TEXT may mean: itself, and what it is an event of. The others are
+/// empty.
+using Names = std::array<std::string_view, 3>;
+
+Names fieldNames(std::string_view text, bool in, bool out) {
     constexpr std::string_view kSet = "set_";
     constexpr std::string_view kChanged = "_changed";
-    if (text == name) {
-        return true;
+    Names names{text};
+    if (in && text.starts_with(kSet)) {
+        names[1] = text.substr(kSet.size());
     }
-    if (in && text.starts_with(kSet) && text.substr(kSet.size()) == name) {
-        return true;
+    if (out && text.ends_with(kChanged)) {
+        names[2] = text.substr(0, text.size() - kChanged.size());
     }
-    return out && text.ends_with(kChanged) && text.substr(0, text.size() - kChanged.size()) == name;
+    return names;
+}
+
+bool isOneOf(std::string_view name, const Names& names) {
+    return name == names[0] ||
+           (!name.empty() && std::find(names.begin() + 1, names.end(), name) != names.end());
 }
 
 }  // namespace
@@ -62,14 +74,28 @@ Field* Node::findEvent(FieldKind kind, const char* text, bool in, bool out) cons
     if (!text) {
         return nullptr;
     }
-    const int count = fieldCountOf(kind);
-    for (int i = 0; i < count; ++i) {
-        Field* field = fieldOf(kind, i);
-        if (namesField(text, field->name(), in, out)) {
-            return field;
+    auto& node = const_cast<Node&>(holder());
+    const Names names = fieldNames(text, in, out);
+    for (const FieldSpec& row : nodeClass(node.m_type).fields[kind]) {
+        if (Field& field = row.of(node); isOneOf(field.name(), names)) {
+            return &field;
         }
     }
-    return nullptr;
+    return node.m_extras ? node.m_extras->find(kind, names) : nullptr;
+}
+
+Field* Node::Extras::find(FieldKind kind, std::span<const std::string_view> names) const {
+    Field* found = nullptr;
+    std::size_t first = fields[kind].size();
+    for (const std::string_view name : names) {
+        const auto place = placeOfName[kind].find(std::string(name));
+        if (place != placeOfName[kind].end() && place->second < first &&
+            (!name.empty() || &name == names.data())) {
+            first = place->second;
+            found = fields[kind][first].get();
+        }
+    }
+    return found;
 }
 
 Field* Node::fieldNamed(FieldKind kind, const char* name) const {
@@ -101,7 +127,9 @@ Field& Node::addFieldOf(FieldKind kind, std::unique_ptr<Field> field) {
     if (!node.m_extras) {
         node.m_extras = std::make_unique<Extras>();
     }
-    return *node.m_extras->fields[kind].emplace_back(std::move(field));
+    auto& fields = node.m_extras->fields[kind];
+    node.m_extras->placeOfName[kind].try_emplace(field->name(), fields.size());
+    return *fields.emplace_back(std::move(field));
 }
 
 Field& Node::addFieldOf(FieldKind kind, const char* text, std::unique_ptr<Field> field) {

@@ -15,6 +15,8 @@ struct Reading {
     /// The files that are being read, by their canonical paths.
     std::vector<std::string> paths;
     int scopes = 0;
+    /// Counts the outermost scopes.
+    std::uint64_t pass = 0;
     /// Loaded by Inlines since the outermost scope began.
     std::size_t files = 0;
     std::size_t text = 0;
@@ -38,6 +40,7 @@ ReadScope::ReadScope(const char* path) {
         m_named = true;
     }
     if (t_reading.scopes++ == 0) {
+        ++t_reading.pass;
         t_reading.files = 0;
         t_reading.text = 0;
         t_reading.instances = SceneGraph::kInstanceNodes;
@@ -87,6 +90,10 @@ void ReadScope::allowInstances(const NodeTree& tree) {
         count += node->instanceOf() != nullptr ? 0 : 1;
     }
     t_reading.instances += SceneGraph::kInstanceNodesEach * count;
+}
+
+std::uint64_t ReadScope::pass() {
+    return t_reading.scopes > 0 ? t_reading.pass : 0;
 }
 
 std::size_t& ReadScope::instanceBudget() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace nodes {
@@ -35,6 +36,9 @@ class ReadScope {
     /// of the trees that were named here, beside those that are always allowed.
     static void allowInstances(const NodeTree& tree);
     static std::size_t& instanceBudget();
+    /// The number of the outermost scope that stands, in which values change only as they are read;
+    /// 0 if none stands.
+    static std::uint64_t pass();
 
   private:
     bool m_named = false;

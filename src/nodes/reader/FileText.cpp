@@ -55,6 +55,11 @@ bool readAll(int descriptor, std::size_t size, std::string& text) {
 
 }  // namespace
 
+bool isPlainFile(const char* path) {
+    struct stat status {};
+    return path && stat(path, &status) == 0 && S_ISREG(status.st_mode);
+}
+
 FileStatus readFileText(const char* path, std::string& text) {
     const OpenFile file(path);
     if (file.descriptor() < 0) {

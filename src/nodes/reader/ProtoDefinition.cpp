@@ -350,7 +350,7 @@ class ProtoDefinition::Expansion {
     void appendValue(const Field& value) {
         std::string text;
         // A node that is not there has no name to stand for it.
-        m_out += value.type() == kSFNode ? "NULL" : value.toText(text);
+        m_out += value.classType() == kSFNode ? "NULL" : value.toText(text);
         m_out += '\n';
     }
 

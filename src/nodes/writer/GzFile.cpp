@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "nodes/reader/FileText.h"
+
 namespace nodes {
 namespace {
 
 /// False if the file cannot be opened for reading.
 bool measure(const char* path, std::size_t& length) {
-    std::FILE* file = std::fopen(path, "rb");
+    std::FILE* file = isPlainFile(path) ? std::fopen(path, "rb") : nullptr;
     if (!file) {
         return false;
     }

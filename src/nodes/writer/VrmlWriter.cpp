@@ -230,7 +230,7 @@ void ScriptNode::writeFields(TextStream& stream, std::string_view indent) const 
         }
         declare(stream, indent, "field", field);
         stream.put(' ');
-        if (field.type() != kSFNode) {
+        if (field.classType() != kSFNode) {
             writeValue(stream, field);
         } else if (const Node* node = static_cast<const SFNode&>(field).value();
                    node && node->hasName()) {

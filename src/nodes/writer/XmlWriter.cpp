@@ -46,8 +46,8 @@ class FieldWriter {
 };
 
 void FieldWriter::write(const Field& field, std::size_t depth, bool oneLine) {
-    const bool isSingle = field.isSingleValue();
-    if (field.type() == kSFNode || field.type() == kMFNode ||
+    const bool isSingle = isSingleValueType(field.classType());
+    if (field.classType() == kSFNode || field.classType() == kMFNode ||
         (!isSingle && static_cast<const MField&>(field).count() == 0)) {
         return;
     }
