@@ -112,7 +112,7 @@ class NodeTree::Cascade {
 };
 
 void NodeTree::cascade(Node& node, Field& field) {
-    if (t_running.depth < kNestedCascades) {
+    if (!m_routes.empty() && t_running.depth < kNestedCascades) {
         Cascade(*this).run(node, field);
     }
 }

@@ -14,6 +14,7 @@ NodeTree::NodeTree() {
 
 NodeTree::~NodeTree() {
     clear();
+    m_root.m_scene = nullptr;
 }
 
 int NodeTree::nodeCount() const {
@@ -118,11 +119,7 @@ void NodeTree::clear() {
     uncountRoutes();
     clearRouteIndex();
     m_routes.clear();
-    std::vector<Node*> tops;
-    for (Node* node = firstNode(); node; node = node->nextSibling()) {
-        tops.push_back(node);
-    }
-    Node::destroy(std::move(tops));
+    m_root.deleteChildren();
 }
 
 void NodeTree::setBound(Node&, bool) {}
@@ -167,6 +164,12 @@ void NodeTree::uncountRoutes() {
     }
 }
 
+void NodeTree::clearDelivered() {
+    for (Route& route : m_routes) {
+        route.clearDelivered();
+    }
+}
+
 void NodeTree::takeRoutes(NodeTree& other) {
     other.clearRouteIndex();
     for (const Route& route : std::exchange(other.m_routes, {})) {
@@ -180,20 +183,16 @@ void NodeTree::clearRouteIndex() {
     m_routesOf.clear();
 }
 
-void NodeTree::forgetLeaving(std::span<Node* const> tops) {
-    for (Node* top : tops) {
-        for (Node* node = top; node; node = node->nextWithin(top)) {
-            node->forgetRoutes();
-            if (!m_handsOver) {
-                node->forgetNamers();
-            }
+void NodeTree::forgetLeaving(Node& top) {
+    for (Node* node = &top; node; node = node->nextWithin(&top)) {
+        node->forgetRoutes();
+        if (!m_handsOver) {
+            node->forgetNamers();
         }
     }
-    for (Node* top : tops) {
-        for (Node* node = top; node; node = node->nextWithin(top)) {
-            if (node->isBindable()) {
-                setBound(*node, false);
-            }
+    for (Node* node = &top; node; node = node->nextWithin(&top)) {
+        if (node->isBindable()) {
+            setBound(*node, false);
         }
     }
 }

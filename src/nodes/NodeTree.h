@@ -7,7 +7,6 @@
 #include <list>
 #include <map>
 #include <memory>
-#include <span>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -46,7 +45,8 @@ class NodeTree {
     Route* addRoute(Node& fromNode, const char* fromField, Node& toNode, const char* toField);
     Route* addRoute(Node& fromNode, Field& fromField, Node& toNode, Field& toField);
     const std::list<Route>& routes() const { return m_routes; }
-    std::list<Route>& routes() { return m_routes; }
+    /// As clearDelivered() of each.
+    void clearDelivered();
     Route* firstRoute() { return m_routes.empty() ? nullptr : &m_routes.front(); }
     Route* findRoute(const Node* fromNode, const Field* fromField, const Node* toNode,
                      const Field* toField);
@@ -74,7 +74,7 @@ class NodeTree {
     /// Deletes all nodes and routes.
     void clear();
     /// Moves all nodes to the end of PARENT's children, in another tree or outside of any, and
-    /// their routes to that tree.
+    /// the routes, which go on joining the same nodes, to that tree.
     void moveTo(Node& parent);
 
     /// Binds or unbinds a bindable node; a tree without stacks does nothing.
@@ -109,8 +109,8 @@ class NodeTree {
 
     /// Nodes of the tree may leave it then, and the routes stay; takeRoutes() counts them again.
     void uncountRoutes();
-    /// Removes what the tree knows of the nodes below TOPS, which are marked as leaving.
-    void forgetLeaving(std::span<Node* const> tops);
+    /// Removes what the tree knows of TOP and all nodes below it.
+    void forgetLeaving(Node& top);
     void removeRoutesOf(Node& node);
     void clearRouteIndex();
 

@@ -6,22 +6,26 @@
 #include <string_view>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "nodes/nodes/ReadScope.h"
 
 namespace nodes {
 namespace {
 
+using NodeList = std::vector<std::unique_ptr<Node>>;
+
 /// Appends ADDED beside NODE, and takes NODE out of the tree; returns the node that stood behind
-/// it. A Switch goes on choosing by the places that its children had in the file.
-Node* replace(NodeTree& tree, Node& node, std::unique_ptr<Node> added) {
+/// it. A Switch goes on choosing by the places that its children had in the file. REMOVED keeps
+/// NODE, whose end might take nodes along that a walk is still to come to.
+Node* replace(NodeTree& tree, Node& node, std::unique_ptr<Node> added, NodeList& removed) {
     if (Node* parent = node.parent()) {
         parent->restage(node, parent->addChild(std::move(added), false));
     } else {
         tree.addNode(std::move(added), false);
     }
     Node* behind = node.nextBehind();
-    node.detach();
+    removed.push_back(node.detach());
     return behind;
 }
 
@@ -65,9 +69,7 @@ void SceneGraph::initialise(ProgressFn progressFn, void* userData) {
 bool SceneGraph::prepare() {
     replaceInstances();
     const bool resolved = resolveReferences();
-    for (Route& route : routes()) {
-        route.clearDelivered();
-    }
+    clearDelivered();
     return resolved;
 }
 
@@ -84,12 +86,17 @@ void SceneGraph::initialiseNodes(ProgressFn progressFn, void* userData) {
 }
 
 void SceneGraph::replaceInstances() {
+    NodeList removed;
+    std::size_t& budget = ReadScope::instanceBudget();
     for (Node* node = firstNode(); node;) {
         if (!node->instanceOf() || node->isPlaceholder()) {
             node = node->next();
             continue;
         }
-        node = replace(*this, *node, node->makeReference());
+        for (const Node* below = node; below; below = below->nextWithin(node)) {
+            ++budget;
+        }
+        node = replace(*this, *node, node->makeReference(), removed);
     }
 }
 
@@ -102,6 +109,7 @@ bool SceneGraph::resolveReferences() {
         }
     }
     std::size_t& budget = ReadScope::instanceBudget();
+    NodeList removed;
     bool complete = true;
     for (Node* node = firstNode(); node;) {
         if (!node->isPlaceholder()) {
@@ -118,7 +126,7 @@ bool SceneGraph::resolveReferences() {
             node = node->nextBehind();
             continue;
         }
-        node = replace(*this, *node, std::move(instance));
+        node = replace(*this, *node, std::move(instance), removed);
     }
     return complete;
 }

@@ -9,6 +9,8 @@ namespace {
 
 std::size_t liveBytes = 0;
 long allocationsToGo = 0;
+bool allFail = false;
+bool failing = false;
 
 std::size_t SizeOf(void* block) {
     return block ? malloc_usable_size(block) + sizeof(std::size_t) : 0;
@@ -16,7 +18,11 @@ std::size_t SizeOf(void* block) {
 
 void* Allocate(std::size_t size) {
     if (allocationsToGo > 0 && --allocationsToGo == 0)
+        failing = true;
+    if (failing) {
+        failing = allFail;
         throw std::bad_alloc();
+    }
     void* const block = std::malloc(size > 0 ? size : 1);
     if (!block)
         throw std::bad_alloc();
@@ -39,11 +45,18 @@ std::size_t LiveBytes() {
 
 void FailAt(long n) {
     allocationsToGo = n;
+    allFail = false;
+}
+
+void FailFrom(long n) {
+    allocationsToGo = n;
+    allFail = true;
 }
 
 bool CallOff() {
     const bool pending = allocationsToGo > 0;
     allocationsToGo = 0;
+    failing = false;
     return pending;
 }
 

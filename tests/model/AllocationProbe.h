@@ -10,6 +10,8 @@ std::size_t LiveBytes();
 
 /// From here the n-th allocation (1, 2, ...) throws std::bad_alloc, and only that one.
 void FailAt(long n);
+/// As FailAt, and all that follow fail too, until CallOff().
+void FailFrom(long n);
 /// Whether the failure that FailAt asked for is still to come; calls it off.
 bool CallOff();
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 
 #include "nodes/nodes/NodeClasses.h"
@@ -107,8 +106,8 @@ void TextNode::initialise() {
 }
 
 void TextNode::computeBounds() {
-    const char* first = stringAt(0);
-    const float length = first != nullptr ? static_cast<float>(std::strlen(first)) : 0;
+    const auto strings = string().values();
+    const float length = strings.empty() ? 0 : static_cast<float>(strings[0].size());
     if (length == 0) {
         setBBox(BoundingBox());
         return;

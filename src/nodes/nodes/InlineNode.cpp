@@ -14,7 +14,8 @@ void InlineNode::initialise() {
     for (int i = 0; i < urlCount(); ++i) {
         const std::string path = urlAt(i);
         if (ReadScope::mayInline(path.c_str()) &&
-            world.load(path.c_str(), true, nullptr, nullptr)) {
+            world.load(path.c_str(), true, nullptr, nullptr) &&
+            ReadScope::addNodes(world.nodeCount())) {
             world.moveTo(*this);
         }
     }
@@ -23,8 +24,8 @@ void InlineNode::initialise() {
 
 /// What is saved is where the world comes from, not the world.
 void InlineNode::prepareSave() {
-    deleteChildren();
     setInitialised(false);
+    deleteChildren();
 }
 
 }  // namespace nodes

@@ -3,17 +3,14 @@
 #include <algorithm>
 #include <cassert>
 #include <memory>
-#include <span>
 #include <utility>
-#include <vector>
 
 #include "nodes/NodeTree.h"
 
 namespace nodes {
 
 Node::~Node() {
-    clearStaged();
-    deleteChildren();
+    retire();
     forgetNamers();
     forgetSource();
     while (m_firstSharer) {
@@ -150,32 +147,16 @@ void Node::unlink() {
 }
 
 void Node::setSceneBelow(NodeTree* scene) {
-    Node* const self = this;
-    moveToScene({&self, 1}, scene);
-}
-
-void Node::moveToScene(std::span<Node* const> tops, NodeTree* scene) {
-    for (const Node* top : tops) {
-        for (Node* node = const_cast<Node*>(top); node; node = node->nextWithin(top)) {
+    if (m_scene) {
+        for (Node* node = this; node; node = node->nextWithin(this)) {
             node->showStaged();
         }
+        m_scene->forgetLeaving(*this);
     }
-    for (std::size_t i = 0; i < tops.size();) {
-        NodeTree* left = tops[i]->m_scene;
-        std::size_t end = i;
-        while (end < tops.size() && tops[end]->m_scene == left) {
-            ++end;
-        }
-        if (left) {
-            left->forgetLeaving(tops.subspan(i, end - i));
-        }
-        i = end;
-    }
-    for (Node* top : tops) {
-        for (Node* node = top; node; node = node->nextWithin(top)) {
-            node->showStaged();
-            node->m_scene = scene;
-        }
+    for (Node* node = this; node; node = node->nextWithin(this)) {
+        // Again, since those who heard of the leaving may have hidden some.
+        node->showStaged();
+        node->m_scene = scene;
     }
 }
 
@@ -209,65 +190,76 @@ std::unique_ptr<Node> Node::detach() {
     const bool owned = m_parent != nullptr;
     unlink();
     setSceneBelow(nullptr);
-    std::vector<Node*> instances;
-    for (Node* sharer = m_firstSharer; sharer; sharer = sharer->m_nextSharer) {
-        if (sharer->m_isInstance && sharer->m_parent) {
-            instances.push_back(sharer);
-        }
-    }
-    destroy(std::move(instances));
+    destroy(takeInstances(nullptr));
     return owned ? std::unique_ptr<Node>(this) : nullptr;
 }
 
-void Node::destroy(std::vector<Node*> tops) {
-    for (Node* top : tops) {
-        top->unlink();
-    }
-    // Whatever shows a node that goes, goes too.
-    for (std::size_t i = 0; i < tops.size();) {
-        const std::size_t begin = i;
-        const std::size_t end = tops.size();
-        moveToScene(std::span(tops).subspan(begin), nullptr);
-        for (; i < end; ++i) {
-            for (Node* node = tops[i]; node; node = node->nextWithin(tops[i])) {
-                node->clearStaged();
-                node->m_doomed = true;
-            }
-        }
-        for (i = begin; i < end; ++i) {
-            const Node* top = tops[i];
-            for (Node* node = tops[i]; node; node = node->nextWithin(top)) {
-                for (Node* sharer = node->m_firstSharer; sharer; sharer = sharer->m_nextSharer) {
-                    if (sharer->m_isInstance && sharer->m_parent && !sharer->m_doomed) {
-                        sharer->unlink();
-                        sharer->m_doomed = true;
-                        tops.push_back(sharer);
-                    }
-                }
-            }
+Node* Node::takeInstances(Node* list) {
+    for (Node* sharer = m_firstSharer; sharer; sharer = sharer->m_nextSharer) {
+        if (sharer->m_isInstance && sharer->m_parent && !sharer->m_doomed) {
+            sharer->unlink();
+            sharer->m_doomed = true;
+            sharer->m_next = list;
+            list = sharer;
         }
     }
-    for (Node* top : tops) {
-        free(top);
+    return list;
+}
+
+Node* Node::takeChildren() {
+    clearStaged();
+    for (Node* child = m_firstChild; child; child = child->m_next) {
+        child->m_parent = nullptr;
+        child->m_previous = nullptr;
     }
+    m_lastChild = nullptr;
+    return std::exchange(m_firstChild, nullptr);
+}
+
+void Node::destroy(Node* list) {
+    // Whatever shows a node that goes, goes too: the list grows at its front.
+    Node* doomed = nullptr;
+    while (list) {
+        Node* top = list;
+        list = top->m_next;
+        top->setSceneBelow(nullptr);
+        for (Node* node = top; node; node = node->nextWithin(top)) {
+            node->clearStaged();
+            node->m_doomed = true;
+        }
+        for (Node* node = top; node; node = node->nextWithin(top)) {
+            list = node->takeInstances(list);
+        }
+        top->m_next = doomed;
+        doomed = top;
+    }
+    while (doomed) {
+        free(*std::exchange(doomed, doomed->m_next));
+    }
+}
+
+void Node::retire() {
+    if (m_doomed) {
+        return;
+    }
+    m_doomed = true;
+    setSceneBelow(nullptr);
+    destroy(takeChildren());
+    destroy(takeInstances(nullptr));
 }
 
 void Node::deleteChildren() {
-    std::vector<Node*> children;
-    for (Node* child = m_firstChild; child; child = child->m_next) {
-        children.push_back(child);
-    }
-    destroy(std::move(children));
+    destroy(takeChildren());
 }
 
-void Node::free(Node* top) {
+void Node::free(Node& top) {
     // From leaf to leaf, so that no destructor finds children.
-    Node* node = top;
+    Node* node = &top;
     while (node) {
         while (node->m_firstChild) {
             node = node->m_firstChild;
         }
-        Node* above = node == top ? nullptr : node->m_parent;
+        Node* above = node->m_parent;
         node->unlink();
         delete node;
         node = above;

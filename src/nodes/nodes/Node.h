@@ -123,8 +123,9 @@ class Node {
 
     // Fields. Of an instance, those of the node that it shows.
 
-    /// Also under the names of their events: "set_NAME" and "NAME_changed". Fields that were added
-    /// to the class's own are found by the name that they had then.
+    /// Also under the names of their events, NAME being the whole name: "set_NAME" and
+    /// "NAME_changed". Fields that were added to the class's own are found by the name that they
+    /// had then.
     Field* findExposedField(const char* text) const;
     Field* findEventIn(const char* text) const;
     Field* findEventOut(const char* text) const;
@@ -186,6 +187,9 @@ class Node {
 
   protected:
     explicit Node(std::int32_t type) : m_type(type) {}
+    /// What goes with the node: its children, its instances, its routes. For the destructor of each
+    /// class without subclasses, while the fields are there.
+    void retire();
     /// Gives the fields of the class the names of the table.
     void nameFields();
 
@@ -247,14 +251,18 @@ class Node {
     void unlink();
     void unlinkFromRing();
     void setSceneBelow(NodeTree* scene);
-    static void moveToScene(std::span<Node* const> tops, NodeTree* scene);
     void showFieldsOf(Node& source);
     void forgetNamers();
     void forgetRoutes();
     void forgetSource();
     void closeStagedGaps() const;
-    static void destroy(std::vector<Node*> tops);
-    static void free(Node* top);
+    // A list of nodes that have no parent, or no parent any more, linked by m_next. To take nodes
+    // down allocates nothing, so that it works where memory has run out; whoever hears of it, as a
+    // viewpoint that is bound again does, must not allocate either.
+    Node* takeChildren();
+    Node* takeInstances(Node* list);
+    static void destroy(Node* list);
+    static void free(Node& top);
 
     // Siblings and children; the links from a node to its children own them.
     Node* m_parent = nullptr;

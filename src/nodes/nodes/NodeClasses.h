@@ -46,12 +46,13 @@ class NodeWithBounds : public Node, public BoundsInterface {
       protected:                     \
         explicit Class(std::int32_t type) : BaseClass(type) {}
 
-#define NODE(number, Name, text, BaseClass)     \
-    class Name##Node final : public BaseClass { \
-        using Self = Name##Node;                \
-                                                \
-      public:                                   \
-        Name##Node() : BaseClass(number) { nameFields(); }
+#define NODE(number, Name, text, BaseClass)                \
+    class Name##Node final : public BaseClass {            \
+        using Self = Name##Node;                           \
+                                                           \
+      public:                                              \
+        Name##Node() : BaseClass(number) { nameFields(); } \
+        ~Name##Node() override { retire(); }
 
 #define VALUE_ACCESS(kind, Type, id, Id, text, ...)  \
     const Type& id##Field() const {                  \

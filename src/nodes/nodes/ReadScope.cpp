@@ -20,6 +20,7 @@ struct Reading {
     /// Loaded by Inlines since the outermost scope began.
     std::size_t files = 0;
     std::size_t text = 0;
+    std::size_t nodes = 0;
     std::size_t instances = 0;
 };
 
@@ -43,6 +44,7 @@ ReadScope::ReadScope(const char* path) {
         ++t_reading.pass;
         t_reading.files = 0;
         t_reading.text = 0;
+        t_reading.nodes = 0;
         t_reading.instances = SceneGraph::kInstanceNodes;
     }
 }
@@ -81,6 +83,15 @@ bool ReadScope::addText(std::size_t size) {
         return false;
     }
     reading.text += size;
+    return true;
+}
+
+bool ReadScope::addNodes(int count) {
+    const auto added = static_cast<std::size_t>(count);
+    if (added > kInlineNodes - t_reading.nodes) {
+        return false;
+    }
+    t_reading.nodes += added;
     return true;
 }
 

@@ -16,6 +16,9 @@ constexpr std::size_t kInlineFiles = 4096;
 /// Characters in all of those files together.
 constexpr std::size_t kInlineText = std::size_t{1} << 30;
 
+/// Nodes in all of those files together.
+constexpr std::size_t kInlineNodes = std::size_t{1} << 21;
+
 /// Stands while a file is read or a tree is initialised, so that Inlines that load each other, or
 /// more than any memory holds, come to an end.
 class ReadScope {
@@ -32,6 +35,9 @@ class ReadScope {
     /// Counts the text of a file before it is parsed. False if an Inline asked for it and the
     /// Inlines would have more than kInlineText.
     static bool addText(std::size_t size);
+    /// Counts the nodes of a world that an Inline has loaded. False if they would be more than
+    /// kInlineNodes in all.
+    static bool addNodes(int count);
     /// Nodes that instances may still add, in all files of one read together: so many for each node
     /// of the trees that were named here, beside those that are always allowed.
     static void allowInstances(const NodeTree& tree);

@@ -58,7 +58,8 @@ void TextRules::use() {
         ++at;
     }
     m_input.moveTo(at);
-    m_client.addReference({start, static_cast<std::size_t>(at - start)});
+    // As long as a DEF may make it.
+    m_client.addReference(std::string_view(start, at).substr(0, kDefWordLimit));
 }
 
 void TextRules::route() {

@@ -115,6 +115,7 @@ bool GzFile::readText(std::string& text) {
     constexpr std::size_t kLeastAtOnce = std::size_t{1} << 16;
     constexpr std::size_t kMostAtOnce = std::size_t{1} << 24;
     const std::size_t block = std::clamp(m_fileLength, kLeastAtOnce, kMostAtOnce);
+    const std::size_t most = std::min(kMostText, std::max(kFreeText, kMostGrowth * m_fileLength));
     std::string all;
     int count = 0;
     do {
@@ -122,12 +123,12 @@ bool GzFile::readText(std::string& text) {
         all.resize(used + block);
         count = read(all.data() + used, static_cast<unsigned>(block));
         all.resize(used + static_cast<std::size_t>(std::max(count, 0)));
-    } while (count > 0 && all.size() <= kMostText);
+    } while (count > 0 && all.size() <= most);
     // The end of packed data that ends early looks like any other, but for the error that it
     // leaves.
     int error = Z_OK;
     gzerror(m_file, &error);
-    if (error != Z_OK || all.empty() || all.size() > kMostText) {
+    if (error != Z_OK || all.empty() || all.size() > most) {
         return false;
     }
     text = std::move(all);

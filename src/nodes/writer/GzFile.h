@@ -17,6 +17,10 @@ class GzFile {
     enum Mode : std::int32_t { kClosed = 0, kWrite = 1, kRead = 2 };
     /// What a read takes at most: a few bytes on disk may stand for any amount of text.
     static constexpr std::size_t kMostText = std::size_t{1} << 31;
+    /// Text beyond so many characters must have been packed into one in so many at most, as what
+    /// programs write is by far.
+    static constexpr std::size_t kFreeText = std::size_t{1} << 26;
+    static constexpr std::size_t kMostGrowth = 200;
 
     GzFile() = default;
     GzFile(const GzFile&) = delete;
@@ -38,7 +42,7 @@ class GzFile {
     /// The number of bytes read, 0 at the end, negative on a failure.
     virtual int read(void* buffer, unsigned length);
     /// The rest of the file. False, and nothing, if there is nothing, if the packed data is damaged
-    /// or ends early, and if it is more than kMostText.
+    /// or ends early, and if it is more than these allow.
     virtual bool readAll(std::unique_ptr<char[]>& buffer, std::size_t& size);
     bool readText(std::string& text);
     /// Sets level and strategy of an open file that is written.
