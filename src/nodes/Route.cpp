@@ -1,6 +1,8 @@
 #include "nodes/Route.h"
 
 #include <array>
+#include <cstddef>
+#include <initializer_list>
 
 #include "nodes/NodeTree.h"
 
@@ -30,8 +32,8 @@ constexpr std::array<Copy, kFieldTypeCount> kCopies = [] {
     copies[kSFColor] = copyValue<SFColor>;
     copies[kSFTime] = copyValue<SFTime>;
     copies[kSFRotation] = copyValue<SFRotation>;
-    for (const FieldType list :
-         {kMFFloat, kMFInt32, kMFVec2f, kMFVec3f, kMFString, kMFColor, kMFTime, kMFRotation}) {
+    for (const std::size_t list : std::initializer_list<std::size_t>{
+             kMFFloat, kMFInt32, kMFVec2f, kMFVec3f, kMFString, kMFColor, kMFTime, kMFRotation}) {
         copies[list] = copyList;
     }
     return copies;

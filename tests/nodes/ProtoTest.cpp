@@ -170,6 +170,14 @@ TEST_F(ProtoTest, GrowthWithoutEndIsStopped) {
     EXPECT_EQ("flex scanner push-back overflow", error.message);
     EXPECT_EQ(nullptr, reader.tree().firstNode());
     EXPECT_TRUE(read("Group { }"));
+
+    std::string chain = "PROTO P [ field MFNode c [] ] { Group { children IS c } }\n";
+    for (std::size_t i = 0; i <= TextRules::kExpansionDepth; ++i) {
+        chain += "P{c[";
+    }
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(read(chain));
+    EXPECT_EQ("flex scanner push-back overflow\n", testing::internal::GetCapturedStderr());
 }
 
 TEST_F(ProtoTest, AnExpansionThatOutgrowsWhatIsReadMovesTheInput) {

@@ -104,7 +104,7 @@ void InputText::keepLineHead() {
 
 bool InputText::charge(std::size_t size) {
     if (size > m_budget) {
-        fail("flex scanner push-back overflow");
+        fail(kPushBackOverflow);
         return false;
     }
     m_budget -= size;

@@ -20,6 +20,7 @@ class InputText {
     /// one: real files repeat a PROTO of some hundred characters in lines of some ten.
     static constexpr std::size_t kPushBackBase = std::size_t{16} << 20;
     static constexpr std::size_t kPushBackFactor = 64;
+    static constexpr const char* kPushBackOverflow = "flex scanner push-back overflow";
 
     InputText() { attach({}, nullptr, nullptr); }
     InputText(const InputText&) = delete;

@@ -7,6 +7,7 @@
 #include "nodes/fields/Lists.h"
 #include "nodes/fields/ScalarFields.h"
 #include "nodes/fields/VectorFields.h"
+#include "nodes/reader/Characters.h"
 
 namespace nodes {
 namespace {
@@ -266,19 +267,27 @@ ProtoDefinition::ProtoDefinition(std::string name, std::string body, std::string
 }
 
 std::vector<std::string_view> ProtoDefinition::possibleInstances() const {
-    std::vector<std::string_view> names;
+    std::vector<std::string_view> words;
     for (const std::string_view text :
          {std::string_view(m_body), std::string_view(m_interfaceText)}) {
-        Words words(text, false);
-        std::string_view last;
-        while (words.next()) {
-            if (words.is("{") && !last.empty()) {
-                names.push_back(last);
+        bool isName = false;
+        for (std::size_t at = 0; at < text.size();) {
+            const std::size_t start = at;
+            while (at < text.size() && isWordCharacter(text[at])) {
+                ++at;
             }
-            last = words.startsInString() ? std::string_view() : words.word();
+            const std::string_view word = text.substr(start, at - start);
+            if (word.empty()) {
+                ++at;
+                continue;
+            }
+            if (!isName) {
+                words.push_back(word);
+            }
+            isName = word == "DEF" || word == "USE" || word == "IS";
         }
     }
-    return names;
+    return words;
 }
 
 void ProtoDefinition::setInstanceValues(std::string_view text) {

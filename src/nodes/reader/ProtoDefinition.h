@@ -22,7 +22,7 @@ class ProtoDefinition {
     const std::string& body() const { return m_body; }
     /// The characters of its texts, to which the work of using it is in proportion.
     std::size_t size() const { return m_body.size() + m_interfaceText.size(); }
-    /// The words that may be PROTOs of which body or defaults have instances.
+    /// The words of body and defaults, among them the PROTOs of which they have instances.
     std::vector<std::string_view> possibleInstances() const;
 
     void setInstanceValues(std::string_view text);

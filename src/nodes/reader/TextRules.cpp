@@ -103,7 +103,14 @@ void TextRules::instance(ProtoDefinition& proto) {
     collect('{', '\0', nullptr);
     std::string values;
     collect('}', '{', &values);
-    if ((proto.isExpanding() && isRecursive(proto)) || !m_input.charge(proto.body().size())) {
+    if (proto.isExpanding() && isRecursive(proto)) {
+        return;
+    }
+    if (m_expansions.size() >= kExpansionDepth) {
+        m_input.fail(InputText::kPushBackOverflow);
+        return;
+    }
+    if (!m_input.charge(proto.body().size())) {
         return;
     }
     proto.setInstanceValues(values);

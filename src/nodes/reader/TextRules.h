@@ -35,6 +35,9 @@ class LexerClient {
 /// word.
 class TextRules {
   public:
+    /// So many instances may be read inside each other; more count as growth without end.
+    static constexpr std::size_t kExpansionDepth = 1000;
+
     TextRules(InputText& input, LexerClient& client) : m_input(input), m_client(client) {}
 
     /// For the start of a file.

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <string>
-#include <type_traits>
 #include <utility>
 
 #include "nodes/fields/Lists.h"
@@ -101,11 +100,7 @@ bool ValueReader::addTo(List& list, Token token) {
     if (!readInto(value, token)) {
         return false;
     }
-    if constexpr (std::is_same_v<List, MFRotation>) {
-        list.add(value[0], value[1], value[2], value[3]);
-    } else {
-        list.add(std::move(value));
-    }
+    list.add(std::move(value));
     return true;
 }
 
