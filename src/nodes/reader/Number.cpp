@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
+#include <cstdlib>
 #include <iterator>
 #include <limits>
 #include <system_error>
@@ -63,6 +65,19 @@ double convert(const char* begin, const char* end, int exponent) {
     return error == std::errc::result_out_of_range ? outOfRange(begin, end, exponent) : value;
 }
 
+/// MANTISSA times ten to the EXPONENT, if one rounding is enough for that.
+bool scale(std::uint64_t mantissa, int exponent, double& value) {
+    value = static_cast<double>(mantissa);
+    if (mantissa == 0 || exponent == 0) {
+        return true;
+    }
+    if (mantissa > kExactIntegers || std::abs(exponent) >= std::ssize(kPowersOfTen)) {
+        return false;
+    }
+    value = exponent < 0 ? value / kPowersOfTen[-exponent] : value * kPowersOfTen[exponent];
+    return true;
+}
+
 /// Takes an exponent, if a whole one stands at AT.
 int scanExponent(const char*& at) {
     if ((*at | 0x20) != 'e') {
@@ -117,17 +132,7 @@ Number scanNumber(const char*& at) {
     at = place;
 
     double value = 0;
-    if (digits > kSafeDigits) {
-        value = convert(begin, place, written);
-    } else if (mantissa == 0) {
-        value = 0;
-    } else if (exponent == 0) {
-        value = static_cast<double>(mantissa);
-    } else if (mantissa <= kExactIntegers && exponent < 0 && -exponent < std::ssize(kPowersOfTen)) {
-        value = static_cast<double>(mantissa) / kPowersOfTen[-exponent];
-    } else if (mantissa <= kExactIntegers && exponent > 0 && exponent < std::ssize(kPowersOfTen)) {
-        value = static_cast<double>(mantissa) * kPowersOfTen[exponent];
-    } else {
+    if (digits > kSafeDigits || !scale(mantissa, exponent, value)) {
         value = convert(begin, place, written);
     }
     // A minus alone is no number, and an integer knows no minus zero.
