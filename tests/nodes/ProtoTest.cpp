@@ -55,8 +55,8 @@ TEST_F(ProtoTest, WordsAreJoinedWithOneBlank) {
     EXPECT_EQ("Group { children [ Box { } ] \n \"a b{}[IS]\" } ",
               expansion("", "Group{children[Box{}]\n\"a   b{}[IS]\"}", ""));
     EXPECT_EQ(std::string(511, 'x') + " ", expansion("", std::string(600, 'x'), ""));
-    EXPECT_EQ("\"" + std::string(510, 'x') + "\" 1 ",
-              expansion("", "\"" + std::string(600, 'x') + "\" 1", ""));
+    EXPECT_EQ(std::string("\"").append(510, 'x') + "\" 1 ",
+              expansion("", std::string("\"").append(600, 'x') + "\" 1", ""));
 }
 
 TEST_F(ProtoTest, AnIsWithoutAValueTakesTheFieldBeforeItAlong) {
@@ -160,7 +160,7 @@ TEST_F(ProtoTest, InstancesNestAsValuesOfEachOther) {
 TEST_F(ProtoTest, GrowthWithoutEndIsStopped) {
     std::string text = "PROTO P0 [] { Group { } }\n";
     for (int i = 1; i < 40; ++i) {
-        const std::string inner = "P" + std::to_string(i - 1) + " { } ";
+        const std::string inner = std::string("P").append(std::to_string(i - 1)) + " { } ";
         text +=
             "PROTO P" + std::to_string(i) + " [] { Group { children [ " + inner + inner + "] } }\n";
     }
@@ -186,7 +186,7 @@ TEST_F(ProtoTest, AnExpansionThatOutgrowsWhatIsReadMovesTheInput) {
         "PROTO P [field MFString s []] { WorldInfo { info IS s } } Group { children "
         "[ ";
     for (int i = 0; i < 2000; ++i) {
-        text += "P { s [\"" + std::string(50, 'a') + "\" \"b\"] } ";
+        text += std::string("P { s [\"").append(50, 'a') + "\" \"b\"] } ";
     }
     ASSERT_TRUE(read(text + "] }"));
     EXPECT_EQ(2001, reader.tree().nodeCount());

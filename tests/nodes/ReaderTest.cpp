@@ -45,7 +45,9 @@ struct ReaderTest : testing::Test {
             text += text.empty() ? "" : " ";
             text += node->typeName();
             text += node->hasName() ? std::string(" ") + node->name() : "";
-            text += node->firstChild() ? "(" + outline(node->firstChild()) + ")" : "";
+            if (node->firstChild()) {
+                text.append("(").append(outline(node->firstChild())).append(")");
+            }
         }
         return text;
     }
