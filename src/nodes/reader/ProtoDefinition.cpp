@@ -8,66 +8,13 @@
 #include "nodes/fields/ScalarFields.h"
 #include "nodes/fields/VectorFields.h"
 #include "nodes/reader/Characters.h"
+#include "nodes/reader/Words.h"
 
 namespace nodes {
 namespace {
 
 // What is longer than a word of a body may be is cut.
 constexpr std::size_t kBodyWordLimit = 511;
-
-/// Splits a text at white space. Brackets and braces are words by themselves, but in a string.
-class Words {
-  public:
-    Words(std::string_view text, bool lineEndsAreWords)
-        : m_rest(text), m_space(lineEndsAreWords ? " \t" : " \t\n") {}
-
-    /// False at the end, where word() is empty.
-    bool next() {
-        m_rest.remove_prefix(std::min(m_rest.find_first_not_of(m_space), m_rest.size()));
-        m_startsInString = m_inString;
-        std::size_t length = 0;
-        while (length < m_rest.size() && !endsBefore(length)) {
-            m_inString ^= m_rest[length] == '"';
-            ++length;
-            if (length == 1 && !m_inString && isSingle(m_rest[0])) {
-                break;
-            }
-        }
-        m_word = m_rest.substr(0, length);
-        m_rest.remove_prefix(length);
-        return length > 0;
-    }
-    std::string_view word() const { return m_word; }
-    /// Whether it stands outside of strings and is TEXT.
-    bool is(std::string_view text) const { return !m_startsInString && m_word == text; }
-    bool startsInString() const { return m_startsInString; }
-    bool endsInString() const { return m_inString; }
-    bool isBracket() const {
-        return !m_startsInString && m_word.size() == 1 && kBrackets.contains(m_word[0]);
-    }
-
-  private:
-    struct Set {
-        std::string_view characters;
-        bool contains(char c) const { return characters.find(c) != std::string_view::npos; }
-    };
-    static constexpr Set kBrackets{"{}[]"};
-
-    static bool isSingle(char character) {
-        return kBrackets.contains(character) || character == '\n';
-    }
-    bool endsBefore(std::size_t length) const {
-        const char character = m_rest[length];
-        return Set{m_space}.contains(character) || (length > 0 && character == '\n') ||
-               (length > 0 && !m_inString && isSingle(character));
-    }
-
-    std::string_view m_rest;
-    std::string_view m_space;
-    std::string_view m_word;
-    bool m_inString = false;
-    bool m_startsInString = false;
-};
 
 /// How much deeper what follows WORDS' word stands.
 int depthChange(const Words& words) {
