@@ -4,6 +4,8 @@
 #include "frame/Arguments.h"
 #include "frame/CheckerApp.h"
 #include "frame/LoadingScenes.h"
+#include "model/Group.h"
+#include "scenefiles/VrmlSceneLoader.h"
 #include "scenefiles/XmlSceneLoader.h"
 
 namespace {
@@ -38,7 +40,8 @@ int CCheckerApp::LoadScene(const char* fileName, int group, char** errorText) {
     if (fileName == nullptr) {
         return KST_ERROR_ARGUMENT;
     }
-    if (FindGroup(group) == nullptr) {
+    const CGroup* const target = FindGroup(group);
+    if (target == nullptr) {
         return KST_ERROR_UNKNOWN_GROUP;
     }
     const std::string suffix = Suffix(fileName);
@@ -52,14 +55,13 @@ int CCheckerApp::LoadScene(const char* fileName, int group, char** errorText) {
         }
         return KST_ERROR_FILE;
     };
-    if (suffix == ".wrl") {
-        return refuse("VRML is not supported yet.");
-    }
     const std::string file = LoadingScenes::Identity(fileName);
     if (const char* reason = m_loading->Refusal(file)) {
         return refuse(reason + std::string(fileName));
     }
     const LoadingScenes::Entry entry(*m_loading, file);
-    XmlSceneLoader loader;
-    return loader.Load(fileName, group, errorText);
+    if (suffix == ".wrl") {
+        return VrmlSceneLoader().Load(fileName, group, target->IsCollisionCapable(), errorText);
+    }
+    return XmlSceneLoader().Load(fileName, group, errorText);
 }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "kestrane.h"
+#include "model/DeferredCounts.h"
 #include "model/ExportName.h"
 #include "model/GroupWalk.h"
 #include "model/Placement.h"
@@ -138,6 +139,13 @@ void CGroup::AddToSubtreeCounts(int count) noexcept {
         group->m_subtreePrimitiveCount += count;
 }
 
+void CGroup::AddToAncestors(int count) noexcept {
+    if (CDeferredCounts::IsOf(*this))
+        m_uncounted += count;
+    else if (m_parent)
+        m_parent->AddToSubtreeCounts(count);
+}
+
 void CGroup::GetInfo(KstGroupInfo* info) const noexcept {
     info->childCount = static_cast<int>(m_children.size());
     info->objectCount = static_cast<int>(m_objects.size());
@@ -166,15 +174,13 @@ std::unique_ptr<CSceneObject> CGroup::RemoveOwnObject(CSceneObject* object) noex
 void CGroup::AddObject(std::unique_ptr<CSceneObject>&& object) {
     const int count = object->PrimitiveCount();
     AddOwnObject(std::move(object));
-    if (m_parent)
-        m_parent->AddToSubtreeCounts(count);
+    AddToAncestors(count);
     UpdateRow();
 }
 
 std::unique_ptr<CSceneObject> CGroup::RemoveObject(CSceneObject* object) noexcept {
     auto removed = RemoveOwnObject(object);
-    if (m_parent)
-        m_parent->AddToSubtreeCounts(-removed->PrimitiveCount());
+    AddToAncestors(-removed->PrimitiveCount());
     UpdateRow();
     return removed;
 }

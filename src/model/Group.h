@@ -132,6 +132,7 @@ class CGroup {
                                   const int* ids, const char* const* labels);
 
   private:
+    friend class CDeferredCounts;
     friend class CGroupCloner;
     friend class CSceneObject;
 
@@ -150,12 +151,16 @@ class CGroup {
     void PassObject(CSceneObject* object, CGroup& to) noexcept;
     /// Of this group and all its ancestors.
     void AddToSubtreeCounts(int count) noexcept;
+    /// Of all its ancestors, at once or later.
+    void AddToAncestors(int count) noexcept;
     void DestroyOwnObjects() noexcept;
     void UpdateRow() noexcept;
     /// The group is not collision capable any more; its objects have left the world.
     void ReleaseResponseClass() noexcept;
 
     int m_id;
+    /// Of the objects counted here and not yet in the ancestors; 0 but for CDeferredCounts.
+    int m_uncounted = 0;
     CGroup* m_parent;
     std::string m_label;
     int m_responseClass = kNoResponseClass;

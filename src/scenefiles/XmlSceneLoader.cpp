@@ -9,26 +9,14 @@
 
 #include "frame/CheckerApp.h"
 #include "scenefiles/AttributeReader.h"
+#include "scenefiles/FileNames.h"
 #include "scenefiles/ScenePose.h"
 #include "scenefiles/xml/XmlDocument.h"
 
 namespace {
 
-bool IsSeparator(char c) {
-    return c == '/' || c == '\\';
-}
-
 bool HasFolder(std::string_view name) {
     return std::any_of(name.begin(), name.end(), IsSeparator);
-}
-
-bool IsAbsolute(std::string_view name) {
-    return (!name.empty() && IsSeparator(name[0])) ||
-           (name.size() > 2 && name[1] == ':' && IsSeparator(name[2]));
-}
-
-bool EndsWith(std::string_view name, std::string_view suffix) {
-    return name.size() >= suffix.size() && name.substr(name.size() - suffix.size()) == suffix;
 }
 
 }  // namespace
@@ -47,11 +35,7 @@ int XmlSceneLoader::Load(const char* fileName, int group, char** errorText) {
 }
 
 int XmlSceneLoader::ReadDocument(const char* fileName, int group) {
-    std::error_code error;
-    const std::filesystem::path path = std::filesystem::absolute(fileName, error);
-    m_baseDirectory = path.string();
-    m_baseDirectory.resize(m_baseDirectory.size() - path.filename().string().size());
-
+    m_baseDirectory = FolderOf(fileName);
     XmlDocument document;
     if (document.Load(fileName) != 0) {
         CCheckerApp::SetErrorText(document.GetError());
