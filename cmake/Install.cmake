@@ -51,6 +51,7 @@ install(
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
     FILES_MATCHING
     PATTERN "*.xml"
+    PATTERN "*.wrl"
     PATTERN "*.dtd"
     PATTERN "*.c"
     PATTERN "*.cpp"

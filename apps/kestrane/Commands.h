@@ -16,6 +16,7 @@ void AddDepthCommand(CLI::App& program, Action& action);
 void AddPointCommand(CLI::App& program, Action& action);
 void AddLineCommand(CLI::App& program, Action& action);
 void AddSweepCommand(CLI::App& program, Action& action);
+void AddConvertCommand(CLI::App& program, Action& action);
 
 /// The end of every command's help.
 inline constexpr const char* kStatusHelp =

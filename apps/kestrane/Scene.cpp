@@ -13,6 +13,7 @@
 #include "FileContent.h"
 #include "Names.h"
 #include "Output.h"
+#include "ReaderEcho.h"
 #include "model/Group.h"
 #include "model/Registries.h"
 #include "model/SceneObject.h"
@@ -62,6 +63,11 @@ void RequireAllLoaded(const std::string& file) {
         throw Failure(file + ": " +
                       RefusedText(wanted.keyStates - keyStates, wanted.keyStates, "key states") +
                       ": times that go down, or an angle out of range");
+}
+
+int Load(const std::string& file, char** errorText) {
+    const ReaderEcho silence;
+    return KST_LoadScene(file.c_str(), kRootGroup, errorText);
 }
 
 const CGroup* FindById(const std::string& name) {
@@ -128,7 +134,7 @@ Scene::Scene(const std::string& file) : m_file(file) {
     RequireSceneSuffix(file, "");
     Require(KST_Initialisation(false, false, false), "start");
     char* errorText = nullptr;
-    const int code = KST_LoadScene(file.c_str(), kRootGroup, &errorText);
+    const int code = Load(file, &errorText);
     try {
         if (code != KST_OK)
             FailToLoad(file, code, errorText);

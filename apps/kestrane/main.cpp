@@ -82,7 +82,7 @@ int Run(int argc, char** argv) {
     Describe(program);
     Action action;
     for (const auto add : {AddInfoCommand, AddCheckCommand, AddDistanceCommand, AddDepthCommand,
-                           AddPointCommand, AddLineCommand, AddSweepCommand})
+                           AddPointCommand, AddLineCommand, AddSweepCommand, AddConvertCommand})
         add(program, action);
 
     // The parser takes its arguments from the back of the vector.

@@ -22,6 +22,7 @@ enum FileType : std::int32_t {
 /// kUnknownFile also for a file that cannot be opened or is shorter than five bytes.
 std::int32_t detectFileType(const char* path);
 
+/// What kept a save from being whole.
 enum class SaveFault : std::uint8_t {
     kNone,
     kNotCreated,
@@ -54,12 +55,15 @@ class SceneGraph : public NodeTree {
     /// Writes the world as gzip-packed VRML97 of at most 100,000,000 characters; what is beyond is
     /// dropped. Always true.
     bool saveVrml(const char* path, ProgressFn progressFn, void* userData);
-    /// Whether all of the last saveVrml() or saveXml() reached the file, and what kept it.
-    bool savedWhole() const { return m_saveFault == SaveFault::kNone; }
-    SaveFault saveFault() const { return m_saveFault; }
     /// Writes the world as XML, top-level nodes and routes side by side. False if the file cannot
     /// be created.
     bool saveXml(const char* path, ProgressFn progressFn, void* userData);
+    /// Whether all of the last save reached the file.
+    bool savedWhole() const { return m_savedWhole; }
+    /// As the saves, without initialising the world again at the end, so that it stays prepared for
+    /// a save; that is not worth its time for a world that is not used any further.
+    SaveFault writeVrml(const char* path);
+    SaveFault writeXml(const char* path, ProgressFn progressFn, void* userData);
     /// Initialises all nodes, and puts instances in place of all references. Nodes that show each
     /// other may ask for more nodes than any memory holds: what goes beyond kInstanceNodes and
     /// kInstanceNodesEach for each node of the tree stays a reference.
@@ -104,7 +108,7 @@ class SceneGraph : public NodeTree {
     ViewpointNode m_defaultViewpoint;
     ReadError m_error;
     bool m_loaded = false;
-    SaveFault m_saveFault = SaveFault::kNone;
+    bool m_savedWhole = true;
 };
 
 }  // namespace nodes

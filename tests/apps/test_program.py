@@ -1,12 +1,14 @@
 """The command line program and the example hosts, run as a user runs them. The environment says where
 they are; see CMakeLists.txt."""
 import csv
+import gzip
 import io
 import json
 import math
 import os
 import pty
 import re
+import resource
 import shutil
 import signal
 import subprocess
@@ -485,10 +487,111 @@ class RobotCell(SceneCase):
         self.assertEqual(run("sweep", CELL, "robot", "track", "--from", 0, "--to", 20, "--step", 0.1).returncode, 0)
 
 
+class Convert(SceneCase):
+    WORLD = (
+        "DEF a Transform {\n  translation 1 2.5 -3\n"
+        "  children [ Shape { geometry DEF b Box { } } USE a2 ]\n}\n"
+        "Switch { choice [ USE b Group { } ] whichChoice 1 }\n"
+        "DEF t TimeSensor { } DEF p PositionInterpolator { key [ 0, 1 ] keyValue [ 0 0 0, 1 1 1 ] }\n"
+        "ROUTE t.fraction_changed TO p.set_fraction\nROUTE p.value_changed TO a.set_translation\n"
+    )
+
+    def setUp(self):
+        super().setUp()
+        self.world = self.put("world.wrl", "#VRML V2.0 utf8\n" + self.WORLD)
+        self.out = self.folder / "out.wrl"
+
+    def put(self, name, text):
+        path = self.folder / name
+        path.write_bytes(text if isinstance(text, bytes) else text.encode())
+        return str(path)
+
+    def assert_refused(self, world, out, *words, **options):
+        """The failure leaves the folder as it was."""
+        before = {p.name: p.read_bytes() for p in self.folder.iterdir() if p.is_file()}
+        self.assert_failure(run("convert", world, out, **options), *words)
+        self.assertEqual({p.name: p.read_bytes() for p in self.folder.iterdir() if p.is_file()}, before)
+
+    def test_vrml_comes_out_packed_and_converts_to_itself(self):
+        done = run("convert", self.world, self.out)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertEqual(done.stdout, f"converted: {self.world} to {self.out}, 8 nodes, 2 routes\n")
+        packed = self.out.read_bytes()
+        text = gzip.decompress(packed).decode()
+        self.assertTrue(text.startswith("#VRML V2.0 utf8\nDEF a Transform {\n\ttranslation 1 2.5 -3\n"), text)
+        self.assertIn("\tchoice [\n\t\tUSE b\n\t\tGroup {\n", text)
+        self.assertTrue(text.endswith("\nROUTE p.value TO a.translation\n"), text)
+        answer = self.json_of(0, "convert", self.out, self.out)
+        self.assertEqual(answer, {"command": "convert", "file": str(self.out), "output": str(self.out), "nodes": 8,
+                                  "routes": 2, "bytes": len(packed)})
+        self.assertEqual(self.out.read_bytes(), packed)
+
+    def test_xml_has_an_element_for_each_node(self):
+        out = self.folder / "out.XML"
+        self.json_of(0, "convert", self.world, out)
+        declaration, elements = out.read_text().split("\n", 1)
+        self.assertEqual(declaration, '<?xml version="1.0" encoding="UTF-8"?>')
+        tags = [element.tag for element in ElementTree.fromstring(f"<all>{elements}</all>").iter()]
+        self.assertEqual(tags, ["all", "Transform", "Shape", "Box", "Switch", "Box", "Group", "TimeSensor",
+                                "PositionInterpolator", "ROUTE", "ROUTE"])
+
+    def test_unknown_characters_and_missing_inlines_are_passed_over(self):
+        world = self.put("odd.wrl", "#VRML V2.0 utf8\n?!Group {+ }\nInline { url \"missing.wrl\" }\n")
+        self.assertEqual(self.json_of(0, "convert", world, self.out)["nodes"], 2)
+        self.assertIn('"missing.wrl"', gzip.decompress(self.out.read_bytes()).decode())
+
+    def test_worlds_that_cannot_be_read(self):
+        world = self.put("bad.wrl", "#VRML V2.0 utf8\nGroup { }\n  Shape { colour 1 }\nGroup { }\n")
+        self.assert_refused(world, self.out, "bad.wrl, line 3: syntax error", '"colour"', '"  Shape { colour 1 }"')
+        self.assert_refused(self.folder / "none.wrl", self.out, "cannot read", "none.wrl", "No such file")
+        for name, content in ("x.wrl", "Group { }"), ("y.wrl", ""), ("z.wrl", "<?xml version='1.0'?><a/>"):
+            self.assert_refused(self.put(name, content), self.out, name, "is no VRML97 file")
+        self.assert_refused(self.folder, self.out, "is no VRML97 file")
+        cut_off = gzip.compress(b"#VRML V2.0 utf8\n" + b"Group { }\n" * 500)[:-12]
+        self.assert_refused(self.put("cut.wrl", cut_off), self.out, "cut.wrl", "cannot be unpacked")
+
+    def test_files_that_cannot_be_written(self):
+        self.out.write_text("what was there before")
+        folder = self.folder / "folder.wrl"
+        folder.mkdir()
+        self.assert_refused(self.world, self.folder / "out.txt", "ends in .wrl or in .xml")
+        self.assert_refused(self.world, self.folder / "none" / "out.wrl", "cannot write", "No such file")
+        self.assert_refused(self.world, folder, "cannot write", "no regular file")
+        self.assert_refused(self.put("bad.wrl", "#VRML\n}"), self.out, "syntax error")
+        deep = self.put("deep.wrl", "#VRML V2.0 utf8\n" + "Group { children [\n" * 8000 + "] }\n" * 8000)
+        self.assert_refused(deep, self.out, "cannot write", "100,000,000 characters")
+
+    def test_full_disk(self):
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (2048, 2048))
+
+        numbers = ", ".join(str(i * 7919 % 10007) for i in range(20000))
+        world = self.put("big.wrl", f"#VRML V2.0 utf8\nWorldInfo {{ info \"{numbers}\" }}\n")
+        for name in "out.wrl", "out.xml":
+            self.assert_refused(world, self.folder / name, "cannot write", "File too large", preexec_fn=limit)
+
+    def test_a_link_stays_and_permissions_are_kept(self):
+        target = self.folder / "target.wrl"
+        target.write_text("old")
+        target.chmod(0o640)
+        self.out.symlink_to(target.name)
+        self.assertEqual(run("convert", self.world, self.out).returncode, 0)
+        self.assertTrue(self.out.is_symlink())
+        self.assertEqual(target.stat().st_mode & 0o777, 0o640)
+        self.assertEqual(target.read_bytes()[:2], b"\x1f\x8b")
+        done = run("convert", self.world, self.folder / "new.wrl", preexec_fn=lambda: os.umask(0o027))
+        self.assertEqual(done.returncode, 0)
+        self.assertEqual((self.folder / "new.wrl").stat().st_mode & 0o777, 0o640)
+
+
 class Help(unittest.TestCase):
     def test_help_has_examples_that_run_and_the_man_page_knows_every_option(self):
         page = re.sub(r"\\f.|\\", "", (SOURCE / "docs/man/kestrane.1").read_text())
-        commands = ["info", "check", "distance", "depth", "point", "line", "sweep"]
+        commands = ["info", "check", "distance", "depth", "point", "line", "sweep", "convert"]
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        examples_copy = shutil.copytree(EXAMPLES, Path(folder.name) / "examples")
         text = run("--help").stdout
         for command in commands:
             self.assertRegex(text, rf"(?m)^  {command} ")
@@ -497,7 +600,7 @@ class Help(unittest.TestCase):
             examples = re.findall(r"(?m)^  kestrane (.*)$", help_text)
             self.assertTrue(examples, command)
             for example in examples:
-                done = run(*example.split(), cwd=EXAMPLES)
+                done = run(*example.split(), cwd=examples_copy)
                 self.assertIn(done.returncode, (0, 1), done)
             for option in re.findall(r"--[a-z]+", help_text):
                 self.assertIn(option, page)

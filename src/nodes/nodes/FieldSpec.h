@@ -36,7 +36,7 @@ struct NodeClass {
     const FieldSpec* find(FieldKind kind, const char* name) const;
 };
 
-/// The class of a type number from 0 to 55.
+/// The class of a type number from 0 to 55; for any other, one without fields.
 const NodeClass& nodeClass(std::int32_t type);
 /// A new node of a type number from 0 to 55; null for any other.
 std::unique_ptr<Node> makeNode(std::int32_t type);

@@ -74,7 +74,8 @@ const FieldSpec* NodeClass::find(FieldKind kind, const char* name) const {
 
 const NodeClass& nodeClass(std::int32_t type) {
     static const ClassTable classes = makeClasses();
-    return classes[static_cast<std::size_t>(type)];
+    static const NodeClass none;
+    return type >= 0 && type < kNodeClassCount ? classes[static_cast<std::size_t>(type)] : none;
 }
 
 std::unique_ptr<Node> makeNode(std::int32_t type) {

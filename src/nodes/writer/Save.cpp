@@ -20,34 +20,31 @@ void SceneGraph::prepareSave() {
     }
 }
 
-bool SceneGraph::saveVrml(const char* path, ProgressFn, void*) {
+SaveFault SceneGraph::writeVrml(const char* path) {
     prepareSave();
     GzFile file;
-    m_saveFault = SaveFault::kNotCreated;
-    if (file.open(path, GzFile::kWrite)) {
-        const bool hasHeader = file.writeText("#VRML V2.0 utf8\n");
-        GzStream stream(file);
-        for (const Node* node = firstNode(); node && !stream.full(); node = node->nextSibling()) {
-            node->writeNode(stream, 0);
-        }
-        for (const Route& route : routes()) {
-            route.write(stream);
-        }
-        stream.finish();
-        const bool isWritten = file.close() && hasHeader && !stream.failed();
-        m_saveFault = !isWritten     ? SaveFault::kNotWritten
-                      : stream.cut() ? SaveFault::kCut
-                                     : SaveFault::kNone;
+    if (!file.open(path, GzFile::kWrite)) {
+        return SaveFault::kNotCreated;
     }
-    initialise(nullptr, nullptr);
-    return true;
+    const bool hasHeader = file.writeText("#VRML V2.0 utf8\n");
+    GzStream stream(file);
+    for (const Node* node = firstNode(); node && !stream.full(); node = node->nextSibling()) {
+        node->writeNode(stream, 0);
+    }
+    for (const Route& route : routes()) {
+        route.write(stream);
+    }
+    stream.finish();
+    if (!file.close() || !hasHeader || stream.failed()) {
+        return SaveFault::kNotWritten;
+    }
+    return stream.cut() ? SaveFault::kCut : SaveFault::kNone;
 }
 
-bool SceneGraph::saveXml(const char* path, ProgressFn progressFn, void* userData) {
-    m_saveFault = SaveFault::kNotCreated;
+SaveFault SceneGraph::writeXml(const char* path, ProgressFn progressFn, void* userData) {
     std::unique_ptr<std::FILE, Close> file(path ? std::fopen(path, "w") : nullptr);
     if (!file) {
-        return false;
+        return SaveFault::kNotCreated;
     }
     prepareSave();
     FileStream stream(file.get());
@@ -64,7 +61,21 @@ bool SceneGraph::saveXml(const char* path, ProgressFn progressFn, void* userData
     }
     stream.finish();
     const bool isClosed = std::fclose(file.release()) == 0;
-    m_saveFault = isClosed && !stream.failed() ? SaveFault::kNone : SaveFault::kNotWritten;
+    return isClosed && !stream.failed() ? SaveFault::kNone : SaveFault::kNotWritten;
+}
+
+bool SceneGraph::saveVrml(const char* path, ProgressFn, void*) {
+    m_savedWhole = writeVrml(path) == SaveFault::kNone;
+    initialise(nullptr, nullptr);
+    return true;
+}
+
+bool SceneGraph::saveXml(const char* path, ProgressFn progressFn, void* userData) {
+    const SaveFault fault = writeXml(path, progressFn, userData);
+    m_savedWhole = fault == SaveFault::kNone;
+    if (fault == SaveFault::kNotCreated) {
+        return false;
+    }
     initialise(nullptr, nullptr);
     return true;
 }

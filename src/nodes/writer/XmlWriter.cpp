@@ -79,9 +79,10 @@ void FieldWriter::writeItems(const MField& list, std::size_t depth, std::size_t 
     }
 }
 
-/// The tag of a node that stands for an element of another kind is its name.
+/// An instance has the tag of the node that it shows. The name of a foreign element is its tag.
 const char* tagOf(const Node& node) {
-    return node.isType(kXmlElement) ? node.name() : node.typeName();
+    const Node& shown = node.instanceOf() ? *node.instanceOf() : node;
+    return shown.isType(kXmlElement) ? shown.name() : shown.typeName();
 }
 
 void putAttribute(TextStream& stream, const char* name, const char* value) {
