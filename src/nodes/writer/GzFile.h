@@ -17,9 +17,9 @@ class GzFile {
     enum Mode : std::int32_t { kClosed = 0, kWrite = 1, kRead = 2 };
     /// What a read takes at most: a few bytes on disk may stand for any amount of text.
     static constexpr std::size_t kMostText = std::size_t{1} << 31;
-    /// Text beyond so many characters must have been packed into one in so many at most, as what
-    /// programs write is by far.
-    static constexpr std::size_t kFreeText = std::size_t{1} << 26;
+    /// Text beyond so many characters, which is more than saveVrml() writes, must have been packed
+    /// into one in so many at most, as what programs write is by far.
+    static constexpr std::size_t kFreeText = std::size_t{1} << 27;
     static constexpr std::size_t kMostGrowth = 200;
 
     GzFile() = default;
