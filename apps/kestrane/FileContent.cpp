@@ -10,6 +10,7 @@
 #include "Failure.h"
 #include "Names.h"
 #include "Output.h"
+#include "WorldContent.h"
 #include "frame/LoadingScenes.h"
 #include "model/SceneObject.h"
 #include "scenefiles/xml/XmlDocument.h"
@@ -131,8 +132,10 @@ class ContentReader {
         }
         if (!std::filesystem::exists(name, error))
             throw Failure(context + name + " does not exist");
-        if (!HasSuffix(name, ".xml"))
-            throw Failure(context + name + " is a VRML scene, which cannot be included");
+        if (HasSuffix(name, ".wrl")) {
+            content.objects += ReadWorldContent(name).objects;
+            return;
+        }
         const FileContent included = Read(name);
         content.objects += included.objects;
         content.keyStates += included.keyStates;

@@ -1,7 +1,7 @@
 #pragma once
 
-/// While it is there, what is written to the standard output is dropped. The reader of VRML97 echoes
-/// the characters there that it does not know, in the midst of the program's answer.
+/// While it is there, what is written to the standard output is dropped. The reader of VRML97
+/// echoes the characters there that it does not know, in the midst of the program's answer.
 class ReaderEcho {
   public:
     ReaderEcho();

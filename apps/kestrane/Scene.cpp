@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <system_error>
@@ -13,7 +14,9 @@
 #include "FileContent.h"
 #include "Names.h"
 #include "Output.h"
+#include "PairQuery.h"
 #include "ReaderEcho.h"
+#include "WorldContent.h"
 #include "model/Group.h"
 #include "model/Registries.h"
 #include "model/SceneObject.h"
@@ -28,11 +31,16 @@ constexpr int kRootGroup = 0;
     if (text.find(file) != std::string::npos)
         throw Failure(text);
     std::error_code error;
+    const bool exists = std::filesystem::exists(file, error);
     // The library does not tell which element or included file it is about; this mostly does.
-    if (HasSuffix(file, ".xml") && std::filesystem::exists(file, error))
+    if (HasSuffix(file, ".xml") && exists)
         ReadFileContent(file);
-    if (code == KST_ERROR_UNKNOWN_GROUP)
-        text = "an object stands outside of all groups; put it into a <group>";
+    if (HasSuffix(file, ".wrl") && code == KST_ERROR_FILE && text.empty())
+        text = exists ? "there is no node in it" : "there is no such file";
+    else if (code == KST_ERROR_UNKNOWN_GROUP)
+        text = HasSuffix(file, ".wrl")
+                   ? "a Shape stands outside of all Transforms; put a Transform around it"
+                   : "an object stands outside of all groups; put it into a <group>";
     else if (code == KST_ERROR_ARGUMENT)
         text = "the size, scale, angle, colour or time of an element is out of range";
     else if (text.empty())
@@ -45,9 +53,28 @@ std::string RefusedText(std::size_t refused, std::size_t all, const char* noun) 
            (refused == 1 ? " was" : " were") + " refused";
 }
 
+/// As below, of a VRML97 world. What no scene can hold is not in the answers either, and that is
+/// said.
+void RequireAllShapes(const std::string& file) {
+    const WorldContent wanted = ReadWorldContent(file);
+    if (g_objects.size() < wanted.objects)
+        throw Failure(file + ": " +
+                      RefusedText(wanted.objects - g_objects.size(), wanted.objects, "shapes") +
+                      ": a size below 0, an index without a point, too few points, polygons that "
+                      "are not convex, or an Extrusion");
+    if (wanted.passedOver > 0)
+        std::fprintf(stderr, "kestrane: note: %s: %s passed over\n", file.c_str(),
+                     (Count(wanted.passedOver, "shape") + (wanted.passedOver == 1 ? " is" : " are"))
+                         .c_str());
+}
+
 /// The library goes on past an object or key state that it refuses, and a load may succeed all the
 /// same. An answer about a scene with holes in it would be wrong.
 void RequireAllLoaded(const std::string& file) {
+    if (HasSuffix(file, ".wrl")) {
+        RequireAllShapes(file);
+        return;
+    }
     const FileContent wanted = ReadFileContent(file);
     std::size_t keyStates = 0;
     for (const CGroup* group : g_animatedGroups)

@@ -585,6 +585,49 @@ class Convert(SceneCase):
         self.assertEqual((self.folder / "new.wrl").stat().st_mode & 0o777, 0o640)
 
 
+class Worlds(SceneCase):
+    """Scenes from VRML97 worlds."""
+
+    def put(self, text):
+        path = self.folder / "world.wrl"
+        path.write_text("#VRML V2.0 utf8\n" + text)
+        return str(path)
+
+    PARTS = """
+DEF base Transform { children Shape { geometry Box { size 2 2 2 } } }
+DEF tool Transform { translation 0 1.5 0 children Shape { geometry Cylinder { radius .5 height 2 } } }
+"""
+
+    def test_queries_answer_about_the_shapes_of_a_world(self):
+        world = self.put(self.PARTS + "DEF far Transform { translation 5 0 0 children Shape { geometry Sphere { } } }")
+        self.assertEqual(run("check", world, "base", "tool").returncode, 1)
+        self.assertEqual(run("check", world, "base", "far").returncode, 0)
+        done = run("distance", world, "base", "far")
+        self.assertIn("3", done.stdout)
+        self.assertEqual(done.stderr, "")
+        included = self.write("frame.xml", f'<group label="all" colCheck="true"><include fileName="{world}"/></group>')
+        self.assertEqual(run("check", included, "base", "tool").returncode, 1)
+
+    def test_what_no_scene_can_hold_is_not_passed_over_in_silence(self):
+        world = self.put(self.PARTS + "DEF hill Transform { children Shape { geometry ElevationGrid { } } }\n"
+                         "Anchor { children Transform { children Shape { geometry Box { } } } }")
+        done = run("info", world)
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("2 shapes are passed over", done.stderr)
+
+    def test_worlds_that_make_no_whole_scene_are_refused(self):
+        for text, *words in (
+            ("Shape { geometry Box { } }", "outside of all Transforms"),
+            ("", "no node"),
+            ("Group { }\n  Shape { colour 1 }", "syntax error (line 3): colour"),
+            ("Transform { children [ Shape { geometry Extrusion { } } Shape { geometry Box { } } ] }", "1 of 2 shapes"),
+            ("Transform { children Shape { geometry IndexedFaceSet { convex FALSE } } }", "Triangulate"),
+        ):
+            with self.subTest(text=text):
+                self.assert_failure(run("info", self.put(text)), "world.wrl", *words)
+        self.assert_failure(run("info", self.folder / "none.wrl"), "none.wrl", "no such file")
+
+
 class Help(unittest.TestCase):
     def test_help_has_examples_that_run_and_the_man_page_knows_every_option(self):
         page = re.sub(r"\\f.|\\", "", (SOURCE / "docs/man/kestrane.1").read_text())
