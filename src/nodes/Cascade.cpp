@@ -39,11 +39,11 @@ class NodeTree::Cascade {
     Cascade& operator=(const Cascade&) = delete;
 
     void run(const Node& node, const Field& field) {
-        m_path.push_back({&node, &field});
+        m_path.push_back(Origin{&node, &field, {}, {}});
         while (!m_path.empty()) {
             leaveRoute();
             Route* route = nextRoute();
-            if (route == nullptr) {
+            if (!route) {
                 m_path.pop_back();
                 continue;
             }
@@ -58,27 +58,41 @@ class NodeTree::Cascade {
     }
 
   private:
-    /// A field whose event goes out, and the number of the last route that was tried.
+    using Place = RouteIndex::iterator;
+
+    /// A field whose event goes out, and the last route that was tried. PLACE is good as long as
+    /// no route has been removed.
     struct Origin {
         const Node* node;
         const Field* field;
+        Place place;
+        std::uint64_t removals;
         std::uint64_t number = 0;
         bool inside = false;
     };
 
     Route* nextRoute() {
         Origin& origin = m_path.back();
-        const auto next = m_tree.m_routesFrom.upper_bound({origin.field, origin.number});
-        if (next == m_tree.m_routesFrom.end() || next->first.first != origin.field) {
+        RouteIndex& routes = m_tree.m_routesFrom;
+        if (origin.number > 0 && origin.removals == m_tree.m_removals) {
+            ++origin.place;
+        } else {
+            origin.place = routes.upper_bound({origin.field, origin.number});
+            origin.removals = m_tree.m_removals;
+        }
+        if (origin.place == routes.end() || origin.place->first.first != origin.field) {
             return nullptr;
         }
-        origin.number = next->first.second;
-        return next->second;
+        origin.number = origin.place->first.second;
+        return origin.place->second;
     }
 
     /// The route that the last origin's event goes along; null if it has been removed.
-    Route* currentRoute() const {
+    Route* currentRoute() {
         const Origin& origin = m_path.back();
+        if (origin.removals == m_tree.m_removals) {
+            return origin.place->second;
+        }
         const auto found = m_tree.m_routesFrom.find({origin.field, origin.number});
         return found == m_tree.m_routesFrom.end() ? nullptr : found->second;
     }
@@ -89,11 +103,11 @@ class NodeTree::Cascade {
         route.m_delivering = true;
         m_path.back().inside = true;
         route.deliver();
-        if (currentRoute() != nullptr) {
+        if (currentRoute()) {
             target.eventReceived();
         }
-        if (currentRoute() != nullptr) {
-            m_path.push_back({&target, &field});
+        if (currentRoute()) {
+            m_path.push_back(Origin{&target, &field, {}, {}});
         }
     }
 
@@ -118,7 +132,7 @@ void NodeTree::cascade(Node& node, Field& field) {
 }
 
 void Node::sendEvent(Field& field) {
-    if (m_scene != nullptr) {
+    if (m_scene) {
         m_scene->cascade(*this, field);
     }
 }

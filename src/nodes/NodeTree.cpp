@@ -178,6 +178,7 @@ void NodeTree::takeRoutes(NodeTree& other) {
 }
 
 void NodeTree::clearRouteIndex() {
+    ++m_removals;
     m_routeOfEnds.clear();
     m_routesFrom.clear();
     m_routesOf.clear();
@@ -198,6 +199,7 @@ void NodeTree::forgetLeaving(Node& top) {
 }
 
 void NodeTree::removeRoutesOf(Node& node) {
+    ++m_removals;
     auto next = m_routesOf.lower_bound({&node, 0});
     while (next != m_routesOf.end() && next->first.first == &node) {
         const RouteList::iterator place = next->second;

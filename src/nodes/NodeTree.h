@@ -106,6 +106,7 @@ class NodeTree {
         std::size_t operator()(const Ends& ends) const;
     };
     using RouteList = std::list<Route>;
+    using RouteIndex = std::map<std::pair<const Field*, std::uint64_t>, Route*>;
 
     /// Nodes of the tree may leave it then, and the routes stay; takeRoutes() counts them again.
     void uncountRoutes();
@@ -117,9 +118,12 @@ class NodeTree {
     RootNode m_root;
     RouteList m_routes;
     std::uint64_t m_lastRoute = 0;
+    // How often routes have been removed, so that a cascade can tell whether its place still
+    // stands.
+    std::uint64_t m_removals = 0;
     std::unordered_map<Ends, Route*, EndsHash> m_routeOfEnds;
     // The routes from a field, and those of a node, at both ends, in the order of their numbers.
-    std::map<std::pair<const Field*, std::uint64_t>, Route*> m_routesFrom;
+    RouteIndex m_routesFrom;
     std::map<std::pair<const Node*, std::uint64_t>, RouteList::iterator> m_routesOf;
     // While all nodes go to another tree, and their routes and what names them with them.
     bool m_handsOver = false;

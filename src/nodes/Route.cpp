@@ -52,7 +52,7 @@ void Route::deliver() {
             copy(*m_fromField, *m_toField);
         }
     }
-    if (m_toNode->isBindable() && m_toNode->scene() != nullptr) {
+    if (m_toNode->isBindable() && m_toNode->scene()) {
         const SFBool& request = static_cast<BindableNode&>(*m_toNode).bindRequestField();
         if (m_toField == &request) {
             m_toNode->scene()->setBound(*m_toNode, request.value());

@@ -98,7 +98,7 @@ TEST_F(Cascade, AnEqualValueIsNotCopiedAgainAndGoesOnAllTheSame) {
 
 // As long as a stack of calls could never be.
 TEST_F(Cascade, ChainsMayHaveAnyLength) {
-    constexpr int kRoutes = 400000;
+    constexpr int kRoutes = 200000;
     Probe& a = probe("a");
     Probe& b = addProbe(tree);
     Probe* from = &a;

@@ -49,7 +49,7 @@ bool Node::acceptsChild(const Node& node) const {
     if (row == std::end(kAccepted)) {
         return false;
     }
-    return (row->group != nullptr && row->group(node.type())) ||
+    return (row->group && row->group(node.type())) ||
            std::find(row->types.begin(), row->types.end(), node.type()) != row->types.end();
 }
 

@@ -72,7 +72,7 @@ bool isFinite(const SFMatrix& matrix) {
 
 void billboardMatrix(const BillboardNode& node, const SFMatrix& parentWorld, SFMatrix& out) {
     out.identity();
-    if (node.scene() == nullptr) {
+    if (!node.scene()) {
         return;
     }
     const ViewpointNode& viewer = node.scene()->viewer();
@@ -97,7 +97,7 @@ void billboardMatrix(const BillboardNode& node, const SFMatrix& parentWorld, SFM
 
 void BillboardNode::localMatrix(SFMatrix& out) const {
     SFMatrix above;
-    if (parent() != nullptr) {
+    if (parent()) {
         parent()->worldMatrix(above);
     }
     billboardMatrix(*this, above, out);

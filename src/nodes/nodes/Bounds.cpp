@@ -104,7 +104,7 @@ namespace {
 void addGeometry(Node& node, const SFMatrix& world, BoundingBox& box) {
     node.computeBounds();
     auto* geometry = dynamic_cast<BoxedGeometryNode*>(&node);
-    if (geometry == nullptr) {
+    if (!geometry) {
         return;
     }
     float center[3];
@@ -176,7 +176,7 @@ class PlaceStack {
 void BoundedNode::computeBBox() {
     BoundingBox box;
     PlaceStack place(*this);
-    for (Node* node = firstChild(); node != nullptr; node = place.next(node)) {
+    for (Node* node = firstChild(); node; node = place.next(node)) {
         place.enter(*node);
         if (node->isGeometry()) {
             addGeometry(*node, place.world(), box);

@@ -19,7 +19,7 @@ double systemTime() {
 }  // namespace
 
 double currentTime() {
-    return g_source != nullptr ? g_source() : systemTime();
+    return g_source ? g_source() : systemTime();
 }
 
 void setClockSource(ClockSource source) {

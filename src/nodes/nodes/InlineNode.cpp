@@ -6,7 +6,7 @@
 namespace nodes {
 
 void InlineNode::initialise() {
-    if (instanceOf() != nullptr || initialised()) {
+    if (instanceOf() || initialised()) {
         return;
     }
     const ReadScope scope(nullptr);

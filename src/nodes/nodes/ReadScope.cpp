@@ -36,7 +36,7 @@ std::string canonicalPath(const char* path) {
 }  // namespace
 
 ReadScope::ReadScope(const char* path) {
-    if (path != nullptr) {
+    if (path) {
         t_reading.paths.push_back(canonicalPath(path));
         m_named = true;
     }
@@ -97,8 +97,8 @@ bool ReadScope::addNodes(int count) {
 
 void ReadScope::allowInstances(const NodeTree& tree) {
     std::size_t count = 0;
-    for (const Node* node = tree.firstNode(); node != nullptr; node = node->next()) {
-        count += node->instanceOf() != nullptr ? 0 : 1;
+    for (const Node* node = tree.firstNode(); node; node = node->next()) {
+        count += node->instanceOf() ? 0 : 1;
     }
     t_reading.instances += SceneGraph::kInstanceNodesEach * count;
 }

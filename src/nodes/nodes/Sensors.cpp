@@ -27,7 +27,7 @@ void ProximitySensorNode::initialise() {
 }
 
 void ProximitySensorNode::eventReceived() {
-    if (!enabled() || scene() == nullptr) {
+    if (!enabled() || !scene()) {
         return;
     }
     const bool inside =

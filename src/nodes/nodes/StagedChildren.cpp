@@ -10,7 +10,7 @@ namespace nodes {
 namespace {
 
 void stageChildren(Node& node) {
-    for (Node* child = node.firstChild(); child != nullptr; child = child->nextSibling()) {
+    for (Node* child = node.firstChild(); child; child = child->nextSibling()) {
         node.stage(*child);
     }
 }
@@ -71,7 +71,7 @@ void LODNode::prepareSave() {
 }
 
 void LODNode::eventReceived() {
-    if (scene() == nullptr) {
+    if (!scene()) {
         return;
     }
     hideStaged();
@@ -86,10 +86,10 @@ void LODNode::eventReceived() {
         ++level;
     }
     Node* chosen = stagedAt(level);
-    if (chosen == nullptr) {
+    if (!chosen) {
         chosen = stagedAt(stagedCount() - 1);
     }
-    if (chosen != nullptr) {
+    if (chosen) {
         showStaged(*chosen);
         chosen->initialise();
     }

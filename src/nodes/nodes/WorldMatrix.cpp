@@ -1,4 +1,3 @@
-#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -6,19 +5,6 @@
 #include "nodes/nodes/NodeClasses.h"
 
 namespace nodes {
-namespace {
-
-/// ANY's product with what stands above it: the last of MATRICES is the topmost.
-void multiplyUpwards(const std::vector<std::array<float, 16>>& matrices, SFMatrix& out) {
-    for (const std::array<float, 16>& matrix : matrices) {
-        SFMatrix product;
-        product.fromFloats(matrix.data());
-        product.multiply(out);
-        out.assign(product);
-    }
-}
-
-}  // namespace
 
 void TransformNode::localMatrix(SFMatrix& out) const {
     const SFVec3f& middle = center();
@@ -40,25 +26,20 @@ void TransformNode::localMatrix(SFMatrix& out) const {
     out.multiply(step);
 }
 
-// A Billboard needs the matrix of all that is above it, so that the matrices are made from the top
-// down, each once, and multiplied from here up, as the product is defined.
+// From the top down, so that a Billboard, which needs the place of its parent, finds it made.
 void Node::worldMatrix(SFMatrix& out) const {
     std::vector<const Node*> path;
-    for (const Node* node = this; node != nullptr; node = node->parent()) {
+    for (const Node* node = this; node; node = node->parent()) {
         if (hasLocalMatrix(*node)) {
             path.push_back(node);
         }
     }
-    std::vector<std::array<float, 16>> matrices(path.size());
-    SFMatrix above;
+    out.identity();
     SFMatrix local;
     for (std::size_t i = path.size(); i-- > 0;) {
-        localMatrixBelow(*path[i], above, local);
-        local.toFloats(matrices[i].data());
-        above.multiply(local);
+        localMatrixBelow(*path[i], out, local);
+        out.multiply(local);
     }
-    out.identity();
-    multiplyUpwards(matrices, out);
 }
 
 }  // namespace nodes
