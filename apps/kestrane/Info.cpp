@@ -164,7 +164,10 @@ ObjectCounts CountObjectsWithAllBelow() {
 
 void PrintGroup(const Row& row, const ObjectCounts& counts) {
     const CGroup& group = *row.group;
-    const std::string indent(2 * row.depth, ' ');
+    // Deeper groups stand no further to the right, or the text would grow with the square of the
+    // depth.
+    constexpr std::size_t kDeepestIndent = 100;
+    const std::string indent(2 * std::min<std::size_t>(row.depth, kDeepestIndent), ' ');
     std::string line = indent + GroupName(group.Id()) +
                        (group.IsCollisionCapable() ? ": checked, " : ": not checked, ") +
                        Counts(group.Objects().size(), group.OwnPrimitiveCount());
