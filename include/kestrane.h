@@ -871,12 +871,13 @@ KST_API int KST_GetID(int* id, const char* label);
  * orientation or scale out of range on an object, a colour out of range, and a key state out of
  * order give no code, nor does text that is no number, which reads as 0.
  *
- * Of a VRML97 world, each Transform makes a group, labelled by its DEF name and collision capable if
- * `group` is, and each Shape with a Box, Sphere, Cylinder, Cone, IndexedFaceSet or IndexedLineSet an
- * object; a Switch gives its chosen child, a Viewpoint the position of view 0, and all else is
- * passed over with what is below it. KST_ERROR_FILE with a text also for an Extrusion, a face set
- * that is not convex, an index without a point, and a texture that is no ".ppm" file or cannot be
- * loaded; without a text for a file that cannot be opened or holds no node.
+ * Of a VRML97 world, each Transform makes a group, labelled by its DEF name and collision capable
+ * if `group` is, and each Shape with a Box, Sphere, Cylinder, Cone, IndexedFaceSet or
+ * IndexedLineSet an object; a Switch gives its chosen child, a Viewpoint the position of view 0,
+ * and all else is passed over with what is below it. KST_ERROR_FILE with a text also for an
+ * Extrusion, a face set that is not convex, an index without a point, and a texture that is no
+ * ".ppm" file or cannot be loaded; without a text for a file that cannot be opened or holds no
+ * node.
  */
 KST_API int KST_LoadScene(const char* fileName, int group, char** errorText);
 
