@@ -1,5 +1,6 @@
 #include "nodes/NodeTree.h"
 
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <string>

@@ -63,10 +63,10 @@ void SceneGraph::initialise(ProgressFn progressFn, void* userData) {
     const ReadScope scope(nullptr);
     ReadScope::allowInstances(*this);
     initialiseNodes(progressFn, userData);
-    prepare();
+    makeInstances();
 }
 
-bool SceneGraph::prepare() {
+bool SceneGraph::makeInstances() {
     replaceInstances();
     const bool resolved = resolveReferences();
     clearDelivered();

@@ -95,7 +95,7 @@ class SceneGraph : public NodeTree {
     void initialiseNodes(ProgressFn progressFn, void* userData);
     void replaceInstances();
     bool resolveReferences();
-    bool prepare();
+    bool makeInstances();
     bool add(NodeTree& tree, bool callInitialise);
 
     BindStack m_backgrounds;

@@ -97,7 +97,7 @@ bool SceneGraph::add(NodeTree& tree, bool callInitialise) {
     takeRoutes(tree);
     if (callInitialise) {
         initialiseNodes(nullptr, nullptr);
-        if (!prepare()) {
+        if (!makeInstances()) {
             m_error.message = "the nodes that USE asks for are too many";
             clear();
             return false;

@@ -57,7 +57,7 @@ void turnToViewer(const ViewpointNode& viewer, const Vector& sight, SFMatrix& ou
     if (viewerUp[0] > 0) {
         angle = kFullTurn - angle;
     }
-    SFRotation(viewerForward.data()[0], viewerForward[1], viewerForward[2], angle).toMatrix(out);
+    SFRotation(viewerForward[0], viewerForward[1], viewerForward[2], angle).toMatrix(out);
     SFMatrix facingMatrix;
     facing.toMatrix(facingMatrix);
     out.multiply(facingMatrix);

@@ -103,8 +103,9 @@ class Node {
     /// leaves its routes there.
     void addChild(Node& child, bool callInitialise);
     /// Takes this node out of its tree: with it go its routes, what Script fields say of it, its
-    /// instances and its place among the bound nodes. The caller gets the node; null if nothing
-    /// owned it but the caller already.
+    /// place among the bound nodes, and its instances, which are deleted wherever they stand. The
+    /// next bound node is told, while this one is half out of the tree. The caller gets the node;
+    /// null if nothing owned it but the caller already.
     std::unique_ptr<Node> detach();
 
     // Instances.
