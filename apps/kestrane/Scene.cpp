@@ -62,6 +62,14 @@ void RequireAllShapes(const std::string& file) {
                       RefusedText(wanted.objects - g_objects.size(), wanted.objects, "shapes") +
                       ": a size below 0, an index without a point, too few points, polygons that "
                       "are not convex, or an Extrusion");
+    if (wanted.misplaced > 0)
+        std::fprintf(
+            stderr,
+            "kestrane: note: %s: %s placed without center and scaleOrientation, which are "
+            "not read; one with a scale below 0 not at all\n",
+            file.c_str(),
+            (Count(wanted.misplaced, "Transform") + (wanted.misplaced == 1 ? " is" : " are"))
+                .c_str());
     if (wanted.passedOver > 0)
         std::fprintf(stderr, "kestrane: note: %s: %s passed over\n", file.c_str(),
                      (Count(wanted.passedOver, "shape") + (wanted.passedOver == 1 ? " is" : " are"))

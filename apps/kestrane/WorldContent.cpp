@@ -24,9 +24,18 @@ bool HasObject(const nodes::Node& geometry) {
     }
 }
 
-/// The shapes that the walk comes to and that have an object.
-std::size_t CountVisited(const nodes::SceneGraph& world) {
-    std::size_t count = 0;
+bool IsMisplaced(const nodes::TransformNode& transform) {
+    const auto& [x, y, z] = transform.scale().value();
+    const bool turns = transform.rotation().value()[3] != 0;
+    const bool scales = x != 1 || y != 1 || z != 1;
+    const bool scalesUnevenly = x != y || y != z;
+    const bool hasCenter = transform.center().value() != nodes::SFVec3f::Value{};
+    return x < 0 || y < 0 || z < 0 || (hasCenter && (turns || scales)) ||
+           (scalesUnevenly && transform.scaleOrientation().value()[3] != 0);
+}
+
+/// Counts the shapes that the walk comes to and that have an object, and Transforms on the way.
+void CountVisited(const nodes::SceneGraph& world, WorldContent& content) {
     std::vector<const nodes::Node*> waiting;
     const auto wait = [&waiting](const nodes::Node* first) {
         for (; first; first = first->nextSibling())
@@ -36,7 +45,11 @@ std::size_t CountVisited(const nodes::SceneGraph& world) {
     while (!waiting.empty()) {
         const nodes::Node& node = *waiting.back();
         waiting.pop_back();
-        if (node.isType(nodes::kGroup) || node.isType(nodes::kTransform)) {
+        if (node.isType(nodes::kTransform)) {
+            const auto& transform = static_cast<const nodes::TransformNode&>(node);
+            content.misplaced += IsMisplaced(transform) ? 1 : 0;
+            wait(node.firstChild());
+        } else if (node.isType(nodes::kGroup)) {
             wait(node.firstChild());
         } else if (node.isType(nodes::kSwitch)) {
             const auto& choice = static_cast<const nodes::SwitchNode&>(node);
@@ -44,10 +57,9 @@ std::size_t CountVisited(const nodes::SceneGraph& world) {
                 waiting.push_back(chosen);
         } else if (node.isType(nodes::kShape)) {
             const nodes::Node* const geometry = node.geometryChild();
-            count += geometry && HasObject(*geometry) ? 1 : 0;
+            content.objects += geometry && HasObject(*geometry) ? 1 : 0;
         }
     }
-    return count;
 }
 
 }  // namespace
@@ -58,7 +70,7 @@ WorldContent ReadWorldContent(const std::string& file) {
     if (!world.load(file.c_str(), true, nullptr, nullptr))
         throw Failure("cannot read " + file);
     WorldContent content;
-    content.objects = CountVisited(world);
+    CountVisited(world, content);
     for (const nodes::Node* node = world.firstNode(); node; node = node->next())
         content.passedOver += node->isType(nodes::kShape) && node->geometryChild() ? 1 : 0;
     content.passedOver -= content.objects;

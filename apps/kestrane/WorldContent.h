@@ -10,6 +10,9 @@ struct WorldContent {
     /// Shapes that it passes over: of a geometry that no object has, or inside nodes whose children
     /// it does not visit.
     std::size_t passedOver = 0;
+    /// Transforms that place what is in them elsewhere than a browser would: a center and a
+    /// scaleOrientation are not read, and with a scale below 0 nothing of the Transform is.
+    std::size_t misplaced = 0;
 };
 
 /// Throws Failure if the world cannot be read.

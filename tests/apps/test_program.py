@@ -615,6 +615,14 @@ DEF tool Transform { translation 0 1.5 0 children Shape { geometry Cylinder { ra
         self.assertEqual(done.returncode, 0)
         self.assertIn("2 shapes are passed over", done.stderr)
 
+    def test_places_that_are_not_those_of_the_world_are_told(self):
+        for fields in "center 1 0 0 rotation 0 0 1 1", "scale -1 1 1", "scale 1 2 1 scaleOrientation 0 0 1 1":
+            done = run("info", self.put("Transform { %s children Shape { geometry Box { } } }" % fields))
+            self.assertEqual(done.returncode, 0)
+            self.assertIn("1 Transform is placed without center", done.stderr)
+        done = run("info", self.put("Transform { center 1 0 0 translation 1 2 3 children Shape { geometry Box { } } }"))
+        self.assertEqual(done.stderr, "")
+
     def test_worlds_that_make_no_whole_scene_are_refused(self):
         for text, *words in (
             ("Shape { geometry Box { } }", "outside of all Transforms"),

@@ -78,6 +78,19 @@ void* operator new[](std::size_t size) {
     return Allocate(size);
 }
 
+// Those too, or what is given back would not come from where it is given to.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return Allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& nothrow) noexcept {
+    return operator new(size, nothrow);
+}
+
 void operator delete(void* block) noexcept {
     Release(block);
 }
