@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include "Commands.h"
 #include "Failure.h"
@@ -31,6 +32,12 @@ std::string ErrorText(const nodes::ReadError& error) {
 }
 
 void RequireReadable(const std::string& file) {
+    std::error_code error;
+    const auto kind = std::filesystem::status(file, error).type();
+    // To open a pipe would wait for one who writes to it.
+    if (kind != std::filesystem::file_type::regular &&
+        kind != std::filesystem::file_type::not_found)
+        throw Failure(file + " is no VRML97 file: it is no regular file");
     std::FILE* const opened = std::fopen(file.c_str(), "rb");
     if (!opened)
         throw Failure("cannot read " + file + ": " + std::strerror(errno));

@@ -3,7 +3,9 @@
 #include <climits>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "frame/CheckerApp.h"
@@ -32,9 +34,13 @@ constexpr int kPaletteSize = 100;
 bool SetTextOf(const nodes::ReadError& error, const char* fileName) {
     std::string message = error.message;
     if (message.empty()) {
-        const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(fileName, "rb"),
-                                                                      &std::fclose);
-        if (file == nullptr) {
+        std::error_code fault;
+        const auto type = std::filesystem::status(fileName, fault).type();
+        // To open a pipe would wait for one who writes to it.
+        const bool isPlain = type == std::filesystem::file_type::regular;
+        const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(
+            isPlain ? std::fopen(fileName, "rb") : nullptr, &std::fclose);
+        if (file == nullptr && (isPlain || type == std::filesystem::file_type::not_found)) {
             return false;
         }
         message = "not a VRML97 file";

@@ -634,6 +634,9 @@ DEF tool Transform { translation 0 1.5 0 children Shape { geometry Cylinder { ra
             with self.subTest(text=text):
                 self.assert_failure(run("info", self.put(text)), "world.wrl", *words)
         self.assert_failure(run("info", self.folder / "none.wrl"), "none.wrl", "no such file")
+        os.mkfifo(self.folder / "pipe.wrl")
+        self.assert_failure(run("info", self.folder / "pipe.wrl"), "pipe.wrl", "not a VRML97 file")
+        self.assert_failure(run("convert", self.folder / "pipe.wrl", self.folder / "o.wrl"), "no regular file")
 
 
 class Help(unittest.TestCase):
