@@ -1,17 +1,26 @@
 #pragma once
 
 #include <array>
+#include <atomic>
+#include <cstdint>
 #include <string>
 
 #include "model/Group.h"
+#include "platform/maverik/Maverik.h"
 
 namespace settings {
 class ProfileStore;
 }
 
+struct MAV_SMS;
+struct MAV_window;
+
 /// One of the four views on the scene. The record stands for the whole run, also without a display
 /// and while its window is closed, and holds what is set for it. Placement, clipping, fog and
 /// speed come from the per-user store and go back there when the record goes.
+///
+/// While a display runs, all fields are guarded by its frame lock, but for those of the window,
+/// which belong to the render thread, and m_open.
 class CVisView {
   public:
     /// `index` is 0 to 3; `store` must outlive the view.
@@ -22,7 +31,15 @@ class CVisView {
 
     const int m_index;
     /// The window is open or being opened. The main view counts as open at all times.
-    bool m_open;
+    std::atomic<bool> m_open;
+    /// Null while closed. Written by the render thread, under the frame lock.
+    MAV_window* m_window = nullptr;
+    /// Handle of the native window; 0 while closed.
+    std::uintptr_t m_hwnd = 0;
+    /// The objects of the scene that the view shows, and its overlays; null without a display.
+    MAV_SMS* m_sms = nullptr;
+    MAV_SMS* m_overlaySms = nullptr;
+    MAV_viewParams m_viewParams = {};
     /// Title of the window, and the entry in the panel's list of views.
     std::string m_name;
     /// Outer rectangle of the window, in pixels of the screen.

@@ -38,7 +38,7 @@ enum MAV_class : int {
     mav_class_polyline,
 };
 
-/// A drawable object: the pair of a class and a pointer to a record. Belongs to the display.
+/// A drawable object: the pair of a class and a pointer to a record (Objects.h).
 struct MAV_object;
 
 // In all records `matrix` is the placement in the world, and `surfaceParams` may be null: then
@@ -109,11 +109,13 @@ struct MAV_polygonGrp {
     int VertexCount(int polygon) const { return vertexCounts ? vertexCounts[polygon] : 3; }
 };
 
-/// The vertices of all lines stand one after the other. No line is closed.
+/// The vertices of all lines stand one after the other. No line is closed. A line has the surface
+/// of its own, where there are such, else the one of all.
 struct MAV_polyline {
     int lineCount;
     const int* vertexCounts;
     const MAV_vector* vertices;
     const MAV_surfaceParams* surfaceParams;
     MAV_matrix matrix;
+    const MAV_surfaceParams* const* lineSurfaces = nullptr;  ///< one per line, or null
 };

@@ -1,0 +1,129 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "model/Group.h"
+#include "model/ViewMotion.h"
+#include "platform/maverik/Windows.h"
+#include "visualiser/Display.h"
+#include "visualiser/RenderThread.h"
+#include "visualiser/VisView.h"
+
+class CNavigation;
+class COverlays;
+
+/// Colours of the default palette.
+enum PaletteColour : int {
+    kColourBlack = 0,
+    kColourRed = 1,
+    kColourDarkGrey = 2,
+    kColourBlue = 3,
+    kColourLightGrey = 4,
+    kColourGreen = 5,
+};
+
+/// The display: four views on the scene, in windows of a thread of their own.
+///
+/// m_frameLock guards everything that a frame reads of the scene: objects, records, lists, palette,
+/// cameras and the records of the views. The render thread holds it while it runs frame functions
+/// and takes over what is to be seen, not while it draws; others hold it around each change.
+class CVisualiser : public CDisplay {
+  public:
+    CVisualiser();
+    ~CVisualiser() override;
+
+    /// Starts the render thread. False where no window can be had.
+    bool Start();
+
+    // CDisplayNeighbour
+    MAV_object* NewObject(MAV_class shape, void* record) override;
+    void DeleteObject(MAV_object* object) noexcept override;
+    void AddObject(CSceneObject* object) override;
+    void RemoveObject(CSceneObject* object) noexcept override;
+    void MoveObject(CSceneObject* object, const CGroup& former) override;
+    void UpdateObjectMatrix(CSceneObject* object) noexcept override;
+    void Redraw() noexcept override;
+    void LockFrame() noexcept override { m_frameLock.lock(); }
+    void UnlockFrame() noexcept override { m_frameLock.unlock(); }
+    int NewMaterial(float r, float g, float b, float a) override;
+    void ReleaseMaterial(int index) noexcept override;
+    void GetMaterial(int index, float* r, float* g, float* b, float* a) noexcept override;
+    void SetMaterialAlpha(int index, float alpha) override;
+    void SetTextureAlpha(int index, float alpha) override;
+    void ShowGroup(CGroup* group, int view) override;
+    void HideGroup(CGroup* group, int view) override;
+    void ApplyViewTime(int view, float time) override;
+
+    // CDisplay
+    int Pause(bool internal) noexcept override { return m_thread.Pause(internal); }
+    int Resume(bool internal) noexcept override { return m_thread.Resume(internal); }
+    bool IsStandingStill() const noexcept override { return m_thread.IsStandingStill(); }
+    bool IsRenderThread() const noexcept override { return m_thread.IsCurrent(); }
+    bool WaitForFrame() noexcept override { return m_thread.WaitForFrame(); }
+    int AddView(int view) override;
+    int RemoveView(int view) override;
+    void SetViewOptions(int view, int options) override;
+    void ApplyViewParams(int view, const float* eye, const float* point,
+                         const float* up) noexcept override;
+    void GetViewParams(int view, float* eye, float* point, float* up) noexcept override;
+    void SetBackgroundColor(int view, float r, float g, float b) override;
+    void ApplyViewSettings(int view) override;
+    void ResetView(int view) noexcept override;
+    bool IsMaximized(int view) noexcept override;
+    void Maximize(int view) override;
+    void AddViewKeyState(int view, float time, const float* eye, const float* point,
+                         const float* up) override;
+    void SetViewCyclic(int view, bool cyclic) noexcept override;
+    void ClearViewKeyStates(int view) noexcept override;
+    void SetHeadlight(bool on) override;
+    void AnimateToScene(int view) override;
+    void LoadTexture(int index, const std::string& path, float alpha) override;
+    int CaptureView(int view, const std::string& path) override;
+    void SetSelectCallback(KstSelectCallback callback) noexcept override;
+    void Stop() noexcept override;
+
+    /// Queues work for the render thread: it runs with the next frame, under the frame lock, and a
+    /// frame is asked for.
+    void QueueWork(std::function<void()> work);
+
+    /// The host's; null: none. Under the frame lock.
+    KstSelectCallback SelectCallback() const noexcept { return m_selectCallback; }
+
+    // ---- For the render thread ----
+    /// Opens the main window and sets everything up. False, and nothing is left, where no window
+    /// can be had.
+    bool OpenDisplay();
+    void DrawFrame();
+    void CloseDisplay() noexcept;
+    /// The user has closed the window of a view: 1 to 3 close, the main view stays.
+    void WindowClosed(CVisView& view) noexcept;
+
+  private:
+    void SetUpPalette();
+    void OpenWindow(CVisView& view);
+    void CloseWindow(CVisView& view) noexcept;
+    /// Background, culling, projection and fog of the window as the record says.
+    static void ApplyWindowSettings(CVisView& view) noexcept;
+    void SaveWindowPlacements() noexcept;
+    void RunWork();
+    static void RunWorkOf(void* visualiser);
+
+    mutable std::recursive_mutex m_frameLock;
+    std::vector<std::function<void()>> m_work;
+    KstSelectCallback m_selectCallback = nullptr;
+    std::array<bool, kViewCount> m_viewAnimating = {};
+    std::array<CViewMotion, kViewCount> m_viewMotion;
+    int m_nextMaterial = 0;
+    std::vector<int> m_freeMaterials;
+    /// All drawables of the scene; those that are still there when the display goes, go with it.
+    MAV_SMS* m_allObjects = nullptr;
+    std::unique_ptr<COverlays> m_overlays;
+    std::unique_ptr<CNavigation> m_navigation;
+    int m_borderX = 0, m_borderY = 0, m_captionHeight = 0;
+    CRenderThread m_thread;
+};
