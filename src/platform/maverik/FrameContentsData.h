@@ -1,0 +1,7 @@
+#pragma once
+
+#include "platform/maverik/Renderer.h"
+
+struct FrameContents::Data {
+    ViewSetup setup;
+};
