@@ -105,7 +105,8 @@ bool ReadSizedShape(const MAV_object& object, SizedShape& shape) noexcept {
         case mav_class_cone: {
             const auto& cone = RecordOf<MAV_cone>(object);
             const double top = std::abs(cone.topRadius), bottom = std::abs(cone.bottomRadius);
-            const double radius = std::max(top, bottom);
+            // The sum is not finite if one of the two is not.
+            const double radius = std::max({top, bottom, 0 * (top + bottom)});
             const double by = radius > 0 ? radius : 1;
             shape = {radius, radius, cone.height, top / by, bottom / by, &cone.matrix};
             return true;

@@ -82,11 +82,12 @@ struct MAV_drawing {
 
     GeometrySource source;
     LocalExtent extent;
+    bool isLines = false;
     /// What is to be brought into graphics memory; the renderer takes it. Both belong to the render
     /// thread as long as the drawing lives.
     std::unique_ptr<Geometry> geometry;
     std::unique_ptr<GraphicsMesh> mesh;
     std::shared_ptr<DrawingGarbage> garbage;  ///< where the mesh goes
-    /// In polylines: number of the first index of each line, and one more.
+    /// In lines: number of the first index of each, and one more.
     std::vector<int> firstIndices;
 };

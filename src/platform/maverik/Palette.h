@@ -17,6 +17,7 @@
 /// Components in [0, 1].
 struct MAV_colour {
     float r = 0, g = 0, b = 0, a = 1;
+    friend bool operator==(const MAV_colour&, const MAV_colour&) = default;
 };
 
 struct MAV_material {

@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "platform/maverik/FrameContentsData.h"
+#include "platform/maverik/FrameDrawing.h"
 
 namespace {
 
@@ -22,35 +22,37 @@ bool DrawsInSoftware() {
     return false;
 }
 
-}  // namespace
-
-struct Renderer::Data {
-    bool software = false;
-};
-
-Renderer::Renderer() : m_data(std::make_unique<Data>()) {
+/// Throws RendererFailure.
+void RequireOpenGl() {
     constexpr int kLeastVersion = 33;
     if (!epoxy_is_desktop_gl() || epoxy_gl_version() < kLeastVersion) {
         throw RendererFailure("OpenGL 3.3 is needed");
     }
+}
+
+}  // namespace
+
+struct Renderer::Data {
+    bool software = false;
+    FrameDrawing drawing;
+};
+
+Renderer::Renderer() {
+    RequireOpenGl();
+    m_data = std::make_unique<Data>();
     m_data->software = DrawsInSoftware();
 }
 
 Renderer::~Renderer() = default;
 
 void Renderer::Draw(const FrameContents& contents, RenderTarget& target) {
-    const ViewSetup& setup = contents.Contents().setup;
     target.Bind();
-    glDisable(GL_SCISSOR_TEST);
-    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-    glDepthMask(GL_TRUE);
-    glViewport(0, 0, setup.width, setup.height);
-    glClearColor(setup.background.r, setup.background.g, setup.background.b, 1);
-    glClearDepth(1);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    m_data->drawing.Draw(contents.Contents());
 }
 
-void Renderer::CollectGarbage() {}
+void Renderer::CollectGarbage() {
+    m_data->drawing.CollectGarbage();
+}
 
 int Renderer::Samples(bool still) const noexcept {
     return m_data->software && !still ? 1 : 4;
