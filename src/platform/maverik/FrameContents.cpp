@@ -18,6 +18,15 @@ constexpr int kMostAround = 512;
 constexpr Finish kMatt = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}, 0};
 constexpr MAV_colour kWhite = {1, 1, 1, 1};
 
+constexpr std::size_t kAhead = 6;
+constexpr std::size_t kCacheLine = 64;
+
+void Prefetch([[maybe_unused]] const void* address) noexcept {
+#if defined(__GNUC__)
+    __builtin_prefetch(address);
+#endif
+}
+
 std::size_t HashWords(const void* data, std::size_t words) noexcept {
     const auto* const bytes = static_cast<const unsigned char*>(data);
     std::uint64_t hash = 0xcbf29ce484222325;
@@ -217,16 +226,17 @@ class Collector {
 
     std::uint32_t ShapeNumber(const UnitShape& shape) {
         std::vector<UnitShape>& shapes = m_data.shapes;
-        if (m_shape < shapes.size() && shapes[m_shape] == shape) {
-            return m_shape;
+        std::uint32_t& last = m_lastShapes[static_cast<std::size_t>(shape.shape)];
+        if (last < shapes.size() && shapes[last] == shape) {
+            return last;
         }
         const auto next = static_cast<std::uint32_t>(shapes.size());
         const auto [found, isNew] = m_data.shapeNumbers.try_emplace(shape, next);
         if (isNew) {
             shapes.push_back(shape);
         }
-        m_shape = found->second;
-        return m_shape;
+        last = found->second;
+        return last;
     }
 
     void AddSized(const MAV_object& object, const SizedShape& sized) {
@@ -414,7 +424,7 @@ class Collector {
     const MAV_palette& m_palette;
     const bool m_transparency;
     std::uint32_t m_finish = 0;
-    std::uint32_t m_shape = 0;
+    std::array<std::uint32_t, mav_class_cone + 1> m_lastShapes = {};
 };
 
 }  // namespace
@@ -467,8 +477,15 @@ void FrameContents::Begin(const ViewSetup& setup, const MAV_palette& palette) {
 
 void FrameContents::Collect(const MAV_SMS& sms, const MAV_palette& palette, bool transparency) {
     Collector collector(*m_data, palette, transparency);
-    for (MAV_object* const object : sms.objects) {
-        collector.Add(*object);
+    const std::vector<MAV_object*>& objects = sms.objects;
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        // Objects and records lie anywhere; waiting for memory would take half of the time.
+        if (i + 2 * kAhead < objects.size()) {
+            Prefetch(objects[i + 2 * kAhead]);
+            Prefetch(objects[i + kAhead]->record);
+            Prefetch(static_cast<const char*>(objects[i + kAhead]->record) + kCacheLine);
+        }
+        collector.Add(*objects[i]);
     }
 }
 
