@@ -1,6 +1,9 @@
+#include <atomic>
 #include <cmath>
 #include <limits>
+#include <mutex>
 #include <numbers>
+#include <thread>
 
 #include "PictureScene.h"
 
@@ -264,6 +267,41 @@ TEST_F(PicturesTest, ObjectsMayGoBeforeAndAfterTheRenderer) {
     EXPECT_EQ(stage.PixelAt({0, 0, 0}), kRed);
     stage.renderer.reset();
     stage.Remove(second);
+}
+
+TEST_F(PicturesTest, ObjectsChangeWhileAFrameIsDrawn) {
+    const MAV_vector corners[] = {{-1, -1, 0}, {1, -1, 0}, {0, 1, 0}};
+    MAV_polygon polygon = {3, {0, 0, 1}, nullptr, corners, &colour[1], MAV_ID_MATRIX};
+    const MAV_polygon second = polygon;
+    std::mutex frameLock;
+    std::atomic<bool> drawn = false;
+    MAV_object* object = stage.Add(mav_class_polygon, &polygon);
+    MAV_object* const other = stage.Add(mav_class_polygon, &second);
+    std::thread host([&] {
+        for (int i = 0; !drawn; ++i) {
+            const std::lock_guard lock(frameLock);
+            polygon.matrix[3] = static_cast<float>(i % 3 - 1);
+            mav_objectChanged(other);
+            if (i % 2 == 0) {
+                stage.Remove(object);
+                object = stage.Add(mav_class_polygon, &polygon);
+            }
+        }
+    });
+    for (int i = 0; i < 100; ++i) {
+        {
+            const std::lock_guard lock(frameLock);
+            stage.contents.Begin(stage.view, stage.palette);
+            stage.contents.Collect(*stage.list, stage.palette, true);
+        }
+        stage.target->Resize(200, 160, 1);
+        stage.renderer->Draw(stage.contents, *stage.target);
+        stage.renderer->CollectGarbage();
+    }
+    drawn = true;
+    host.join();
+    stage.Draw();
+    EXPECT_EQ(stage.PixelAt({0, 0, 0}), kRed);
 }
 
 TEST_F(PicturesTest, MoreSamplesMakeSmoothEdges) {

@@ -33,7 +33,7 @@ void PointAtInstances(std::size_t first) {
         const std::size_t offset = first * sizeof(FrameInstance) + i * 4 * sizeof(float);
         glEnableVertexAttribArray(kFirstRowAttribute + i);
         glVertexAttribPointer(kFirstRowAttribute + i, 4, GL_FLOAT, GL_FALSE, sizeof(FrameInstance),
-                              reinterpret_cast<const void*>(offset));
+                              BufferOffset(offset));
         glVertexAttribDivisor(kFirstRowAttribute + i, 1);
     }
 }
@@ -264,9 +264,8 @@ void FrameDrawing::DrawLines(const Contents& contents) {
         const int end = drawing.firstIndices[static_cast<std::size_t>(lines.endLine)];
         glBindVertexArray(drawing.mesh->vertexArray);
         program->SetInstance(contents.instances[lines.instance]);
-        glDrawElements(
-            GL_LINES, end - first, GL_UNSIGNED_INT,
-            reinterpret_cast<const void*>(static_cast<std::size_t>(first) * sizeof(std::uint32_t)));
+        glDrawElements(GL_LINES, end - first, GL_UNSIGNED_INT,
+                       BufferOffset(static_cast<std::size_t>(first) * sizeof(std::uint32_t)));
     }
 }
 

@@ -41,8 +41,7 @@ std::unique_ptr<GraphicsMesh> UploadMesh(const Mesh& mesh) {
     std::size_t offset = 0;
     const auto attribute = [&](GLuint location, int size) {
         glEnableVertexAttribArray(location);
-        glVertexAttribPointer(location, size, GL_FLOAT, GL_FALSE, stride,
-                              reinterpret_cast<const void*>(offset));
+        glVertexAttribPointer(location, size, GL_FLOAT, GL_FALSE, stride, BufferOffset(offset));
         offset += static_cast<std::size_t>(size) * sizeof(float);
     };
     attribute(0, 3);

@@ -8,6 +8,11 @@
 
 #include "platform/maverik/FrameContentsData.h"
 
+/// A place in the buffer that is bound, in bytes, in the form that OpenGL takes it in.
+inline const void* BufferOffset(std::size_t bytes) noexcept {
+    return reinterpret_cast<const void*>(bytes);  // NOLINT(performance-no-int-to-ptr)
+}
+
 /// Null if there is nothing to be drawn, or no memory for it.
 std::unique_ptr<GraphicsMesh> UploadMesh(const Mesh& mesh);
 void DeleteMesh(const GraphicsMesh& mesh) noexcept;

@@ -18,8 +18,7 @@ class Welder {
         : m_geometry(geometry),
           m_centre(centre),
           m_mesh(mesh),
-          m_table(std::bit_ceil(most + most / 2 + 1), kNone),
-          m_sources() {}
+          m_table(std::bit_ceil(most + most / 2 + 1), kNone) {}
 
     std::uint32_t Number(std::uint32_t vertex) {
         std::size_t place = Hash(vertex) & (m_table.size() - 1);
