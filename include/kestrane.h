@@ -59,8 +59,14 @@
  * Collision capability. Only objects directly in a group that is capable take part in queries.
  * Capability is a group's own: groups below do not inherit it.
  *
- * Headless. Without a display, or in a version without one, the scene and all queries work in full;
- * what concerns only the display tests the arguments that its entry says and returns KST_OK.
+ * Headless. Without a display, or in a library built without one, the scene and all queries work in
+ * full; what concerns only the display tests the arguments that its entry says and returns KST_OK.
+ *
+ * Display. Windows, mouse and keys live on a thread of the library's own; calls change the scene at
+ * once and ask for a new picture, which that thread draws. Where there is no screen, the windows
+ * exist in memory alone and can still be captured. A user who closes the window of view 1, 2 or 3
+ * does what KST_HideView does; the main view stays open. If the screen is lost, the library goes on,
+ * and nothing is drawn any more.
  *
  * Memory. Arrays and texts that a host passes are read during the call and not kept. Arrays that
  * KST_GetObject hands out are the host's, to be released with free().
@@ -214,8 +220,9 @@ typedef struct KstCollisionResult {
 
 /*
  * Told, on the display's own thread, of an object that the user picked: its id, and three floats
- * with the point in the world, valid during the call. It may call any function that does not wait
- * for a frame, and must not call KST_End.
+ * with the point in the world, valid during the call. It may call any function; those that wait for
+ * a picture or for the end of the display (KST_ShowView, KST_HideView, KST_ScreenCapture, KST_End)
+ * return KST_ERROR_NOT_RENDERING there. A pick replaces the findings of the last query.
  */
 typedef void (*KstSelectCallback)(int objectId, float* point);
 
@@ -241,7 +248,8 @@ KST_API int KST_Initialisation(bool visualise, bool showPanel, bool showTimeCont
 KST_API int KST_End(void);
 
 /*
- * Let the display stand still while much changes, and go on. The scene can be changed and queried
+ * Let the display stand still while much changes, and go on; calls do not count, one resume ends it.
+ * When the first returns, no picture is being drawn. The scene can be changed and queried
  * meanwhile. KST_ERROR_NOT_RENDERING if there is no display, as in every headless run.
  */
 KST_API int KST_SuspendVisualisation(void);
@@ -259,8 +267,8 @@ KST_API int KST_ResumeVisualisation(void);
  *
  * title  Of the window, copied; null keeps the present one.
  *
- * KST_ERROR_ARGUMENT unless view is 1 to 3. KST_ERROR_NOT_RENDERING while the display is suspended.
- * Headless: the title is kept.
+ * KST_ERROR_ARGUMENT unless view is 1 to 3. KST_ERROR_NOT_RENDERING while the display is suspended,
+ * or if no window can be had. Headless: the title is kept.
  */
 KST_API int KST_ShowView(int view, const char* title);
 
@@ -346,7 +354,8 @@ KST_API int KST_ClearViewKeyStates(int view);
 KST_API int KST_SetBackgroundColor(int view, float r, float g, float b);
 
 /*
- * Writes what the window of a view shows, brought up to date, to a BMP file.
+ * Writes what the window of a view shows, brought up to date, to a BMP file: its drawing area,
+ * without frame, 32 bits a pixel. What covers the window does not matter.
  *
  * fileName  Is replaced if it exists; not null.
  *
@@ -883,7 +892,8 @@ KST_API int KST_LoadScene(const char* fileName, int group, char** errorText);
 
 /*
  * Loads a picture of the form PPM into a place of the palette, for KST_SetGroupTexture and
- * KST_SetObjectTexture. The file is read later; one that cannot be read leaves the place empty.
+ * KST_SetObjectTexture. The file is read later; one that is no PPM leaves the place as it was. What
+ * has the texture of an empty place is drawn in plain white.
  *
  * index  0 to 99.
  * alpha  Opacity of the whole picture in [0, 1].

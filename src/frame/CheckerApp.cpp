@@ -6,9 +6,11 @@
 #include "frame/LoadingScenes.h"
 #include "model/Group.h"
 #include "model/Registries.h"
+#include "model/Rollback.h"
 #include "model/SceneObject.h"
 #include "model/neighbours.h"
 #include "platform/settings/ProfileStore.h"
+#include "visualiser/Display.h"
 #include "visualiser/VisView.h"
 
 std::recursive_mutex g_modelLock;
@@ -23,7 +25,7 @@ CCheckerApp& Application() {
 CCheckerApp::CCheckerApp() = default;
 CCheckerApp::~CCheckerApp() = default;
 
-int CCheckerApp::Initialisation(bool /*visualise*/, bool /*showPanel*/, bool /*showTimeControls*/) {
+int CCheckerApp::Initialisation(bool visualise, bool /*showPanel*/, bool /*showTimeControls*/) {
     const std::lock_guard lock(g_modelLock);
     auto loading = std::make_unique<LoadingScenes>();
     auto store = std::make_unique<settings::ProfileStore>(settings::ProfileStore::UserFile());
@@ -37,24 +39,35 @@ int CCheckerApp::Initialisation(bool /*visualise*/, bool /*showPanel*/, bool /*s
     g_nextObjectId = 0;
     g_labels.Clear();
     g_collision = collision.get();
-    try {
-        m_rootGroup = CGroup::CreateRoot(true, "Root group");
-    } catch (...) {
+    CRollback undoGlobals([] {
+        g_visualiser = nullptr;
+        g_views.fill(nullptr);
         g_collision = nullptr;
-        throw;
+    });
+    for (std::size_t view = 0; view < views.size(); ++view) {
+        g_views[view] = views[view].get();
     }
+    // Goes before the views do, should the rest fail.
+    std::unique_ptr<CDisplay> display = visualise ? StartDisplay() : nullptr;
+    g_visualiser = display.get();
+    m_rootGroup = CGroup::CreateRoot(true, "Root group");
+
+    undoGlobals.Dismiss();
     m_collision = std::move(collision);
     m_loading = std::move(loading);
     m_settings = std::move(store);
     m_views = std::move(views);
-    for (std::size_t view = 0; view < m_views.size(); ++view) {
-        g_views[view] = m_views[view].get();
-    }
+    m_display = std::move(display);
     return KST_OK;
 }
 
 int CCheckerApp::End() {
+    if (m_display != nullptr) {
+        m_display->Stop();
+    }
     const std::lock_guard lock(g_modelLock);
+    g_visualiser = nullptr;
+    m_display.reset();
     g_views.fill(nullptr);
     for (std::unique_ptr<CVisView>& view : m_views) {
         view.reset();

@@ -8,6 +8,7 @@
 #include "kestrane.h"
 
 class CCollisionManager;
+class CDisplay;
 class CGroup;
 class CVisView;
 class LoadingScenes;
@@ -149,9 +150,13 @@ class CCheckerApp {
     static void SetErrorText(const std::string& text);
 
   private:
+    bool IsOpen(int view) const noexcept;
+
     std::unique_ptr<settings::ProfileStore> m_settings;
     std::array<std::unique_ptr<CVisView>, 4> m_views;
     std::unique_ptr<CCollisionManager> m_collision;
+    /// Null in a headless run.
+    std::unique_ptr<CDisplay> m_display;
     std::unique_ptr<LoadingScenes> m_loading;
     std::unique_ptr<CGroup> m_rootGroup;
 };

@@ -1,5 +1,6 @@
 #include "frame/Arguments.h"
 #include "frame/CheckerApp.h"
+#include "frame/SceneLock.h"
 #include "frame/TimeScale.h"
 #include "model/Group.h"
 #include "model/SceneObject.h"
@@ -29,6 +30,7 @@ int CCheckerApp::EmptyGroup(int id) {
     if (group == nullptr) {
         return KST_ERROR_UNKNOWN_GROUP;
     }
+    const CSceneLock still(m_display.get());
     group->Empty();
     return KST_OK;
 }
@@ -42,6 +44,7 @@ int CCheckerApp::MoveGroup(int id, int newParent) {
     if (parentGroup->IsWithin(*group)) {
         return KST_ERROR_OVERLAP;
     }
+    const CSceneLock still(m_display.get());
     group->MoveTo(parentGroup);
     return KST_OK;
 }

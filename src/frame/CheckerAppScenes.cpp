@@ -4,6 +4,7 @@
 #include "frame/Arguments.h"
 #include "frame/CheckerApp.h"
 #include "frame/LoadingScenes.h"
+#include "frame/SceneLock.h"
 #include "model/Group.h"
 #include "scenefiles/VrmlSceneLoader.h"
 #include "scenefiles/XmlSceneLoader.h"
@@ -60,6 +61,7 @@ int CCheckerApp::LoadScene(const char* fileName, int group, char** errorText) {
         return refuse(reason + std::string(fileName));
     }
     const LoadingScenes::Entry entry(*m_loading, file);
+    const CSceneLock still(m_display.get());
     if (suffix == ".wrl") {
         return VrmlSceneLoader().Load(fileName, group, target->IsCollisionCapable(), errorText);
     }

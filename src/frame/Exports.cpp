@@ -8,6 +8,7 @@
 
 #include "frame/CheckerApp.h"
 #include "kestrane.h"
+#include "visualiser/Display.h"
 
 namespace {
 
@@ -99,6 +100,9 @@ int Call(int (CCheckerApp::*method)(Parameters...), Arguments... arguments) noex
 
 int KST_Initialisation(bool visualise, bool showPanel, bool showTimeControls) {
     return Border([&]() -> int {
+        if (IsRenderThread()) {
+            return KST_OK;
+        }
         const std::lock_guard life(g_lifeLock);
         if (g_initialised) {
             return KST_OK;
@@ -112,6 +116,9 @@ int KST_Initialisation(bool visualise, bool showPanel, bool showTimeControls) {
 
 int KST_End() {
     return Border([&]() -> int {
+        if (IsRenderThread()) {
+            return KST_ERROR_NOT_RENDERING;
+        }
         const std::lock_guard life(g_lifeLock);
         {
             // Waits for a call in progress; those that come later see the flag.

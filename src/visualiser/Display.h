@@ -15,6 +15,7 @@
 class CDisplay : public CDisplayNeighbour {
   public:
     // ---- Standing still ----
+    // Taken under the model lock, if that is taken as well.
     /// Has the render thread finish its frame and stand still, until Resume. `internal` is the
     /// scene lock of the library's own long operations, which counts: as many Resume calls end it.
     /// The other flag is the host's and does not count. Returns KST_ERROR_NOT_RENDERING where
@@ -23,8 +24,6 @@ class CDisplay : public CDisplayNeighbour {
     virtual int Resume(bool internal) noexcept = 0;
     /// The host has suspended drawing, or nothing draws any more.
     virtual bool IsStandingStill() const noexcept = 0;
-    /// The caller is the render thread.
-    virtual bool IsRenderThread() const noexcept = 0;
     /// Waits until a frame that began after the call has ended. False, at once, where none will
     /// come: the display stands still, has lost its screen, or this is the render thread.
     virtual bool WaitForFrame() noexcept = 0;
@@ -44,8 +43,6 @@ class CDisplay : public CDisplayNeighbour {
     /// Brings the window in line with what the record says now.
     virtual void ApplyViewSettings(int view) = 0;
     virtual void ResetView(int view) noexcept = 0;
-    virtual bool IsMaximized(int view) noexcept = 0;
-    virtual void Maximize(int view) = 0;
 
     // ---- Camera paths ----
     /// Arguments as for CViewMotion::AddKeyState, without the camera.
@@ -77,5 +74,6 @@ class CDisplay : public CDisplayNeighbour {
 /// screen nor windows in memory can be had, or the library was built without windows.
 std::unique_ptr<CDisplay> StartDisplay();
 
-/// The display, or null: g_visualiser as what it is.
-CDisplay* Display() noexcept;
+/// The caller is a render thread: it runs in the host's select callback, and may not wait for frames
+/// or for the end of the display.
+bool IsRenderThread() noexcept;

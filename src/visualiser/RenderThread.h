@@ -29,9 +29,8 @@ class CRenderThread {
 
     int Pause(bool internal) noexcept;
     int Resume(bool internal) noexcept;
+    /// The host has suspended drawing, or nothing draws any more.
     bool IsStandingStill() const noexcept;
-    bool IsRunning() const noexcept;
-    bool IsCurrent() const noexcept;
     bool WaitForFrame() noexcept;
     /// Asks for a frame, and wakes the thread.
     void Redraw() noexcept;
@@ -40,12 +39,15 @@ class CRenderThread {
     enum class State { kStarting, kRunning, kEnded };
 
     void Run() noexcept;
-    void Loop();
+    void Loop() noexcept;
+    void DrawFrame() noexcept;
     /// Sleeps until there is reason for a frame, or it is time to look at events.
     void Rest();
     /// Stands still as long as somebody wants it.
     void StandStill();
     void SetState(State state) noexcept;
+    /// Under m_mutex.
+    bool IsPaused() const noexcept;
 
     CVisualiser& m_visualiser;
     std::thread m_thread;
@@ -60,5 +62,4 @@ class CRenderThread {
     bool m_standingStill = false;
     std::uint64_t m_framesBegun = 0;
     std::uint64_t m_framesEnded = 0;
-    std::thread::id m_id;
 };

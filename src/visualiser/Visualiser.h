@@ -36,6 +36,8 @@ class CVisualiser : public CDisplay {
   public:
     CVisualiser();
     ~CVisualiser() override;
+    CVisualiser(const CVisualiser&) = delete;
+    CVisualiser& operator=(const CVisualiser&) = delete;
 
     /// Starts the render thread. False where no window can be had.
     bool Start();
@@ -63,7 +65,6 @@ class CVisualiser : public CDisplay {
     int Pause(bool internal) noexcept override { return m_thread.Pause(internal); }
     int Resume(bool internal) noexcept override { return m_thread.Resume(internal); }
     bool IsStandingStill() const noexcept override { return m_thread.IsStandingStill(); }
-    bool IsRenderThread() const noexcept override { return m_thread.IsCurrent(); }
     bool WaitForFrame() noexcept override { return m_thread.WaitForFrame(); }
     int AddView(int view) override;
     int RemoveView(int view) override;
@@ -74,8 +75,6 @@ class CVisualiser : public CDisplay {
     void SetBackgroundColor(int view, float r, float g, float b) override;
     void ApplyViewSettings(int view) override;
     void ResetView(int view) noexcept override;
-    bool IsMaximized(int view) noexcept override;
-    void Maximize(int view) override;
     void AddViewKeyState(int view, float time, const float* eye, const float* point,
                          const float* up) override;
     void SetViewCyclic(int view, bool cyclic) noexcept override;
@@ -87,9 +86,11 @@ class CVisualiser : public CDisplay {
     void SetSelectCallback(KstSelectCallback callback) noexcept override;
     void Stop() noexcept override;
 
+    using Work = std::function<void()>;
+
     /// Queues work for the render thread: it runs with the next frame, under the frame lock, and a
-    /// frame is asked for.
-    void QueueWork(std::function<void()> work);
+    /// frame is asked for. Work that no frame came for is dropped when the display goes.
+    void QueueWork(Work work);
 
     /// The host's; null: none. Under the frame lock.
     KstSelectCallback SelectCallback() const noexcept { return m_selectCallback; }
@@ -100,30 +101,39 @@ class CVisualiser : public CDisplay {
     bool OpenDisplay();
     void DrawFrame();
     void CloseDisplay() noexcept;
-    /// The user has closed the window of a view: 1 to 3 close, the main view stays.
-    void WindowClosed(CVisView& view) noexcept;
+    void CloseWindow(CVisView& view) noexcept;
 
   private:
-    void SetUpPalette();
     void OpenWindow(CVisView& view);
-    void CloseWindow(CVisView& view) noexcept;
-    /// Background, culling, projection and fog of the window as the record says.
-    static void ApplyWindowSettings(CVisView& view) noexcept;
+    /// What every window of a view gets: the record's camera and settings, mouse and keys.
+    void FitOut(CVisView& view);
     void SaveWindowPlacements() noexcept;
+    void EndFlights() noexcept;
+    void EnterLists(CSceneObject* object);
+    void ShowOrHideCompass(CVisView& view);
+    void QueueWindowSettings(CVisView& view);
     void RunWork();
-    static void RunWorkOf(void* visualiser);
+    /// Asks for a frame and waits for it. KST_OK or KST_ERROR_NOT_RENDERING.
+    int WaitForWork() noexcept;
 
     mutable std::recursive_mutex m_frameLock;
-    std::vector<std::function<void()>> m_work;
+    std::vector<Work> m_work;
+    /// Runs after the frame is drawn, without the frame lock.
+    std::vector<Work> m_workAfterFrame;
     KstSelectCallback m_selectCallback = nullptr;
     std::array<bool, kViewCount> m_viewAnimating = {};
     std::array<CViewMotion, kViewCount> m_viewMotion;
+    /// The view flies to where it sees all; its centre follows at the end.
+    std::array<bool, kViewCount> m_flyingToScene = {};
     int m_nextMaterial = 0;
     std::vector<int> m_freeMaterials;
     /// All drawables of the scene; those that are still there when the display goes, go with it.
-    MAV_SMS* m_allObjects = nullptr;
+    MAV_SMS* const m_allObjects;
     std::unique_ptr<COverlays> m_overlays;
     std::unique_ptr<CNavigation> m_navigation;
-    int m_borderX = 0, m_borderY = 0, m_captionHeight = 0;
     CRenderThread m_thread;
 };
+
+/// Background, culling, projection and fog of the view's window, which must be open, as the record
+/// says.
+void ApplyWindowSettings(CVisView& view) noexcept;
