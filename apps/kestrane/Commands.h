@@ -17,6 +17,8 @@ void AddPointCommand(CLI::App& program, Action& action);
 void AddLineCommand(CLI::App& program, Action& action);
 void AddSweepCommand(CLI::App& program, Action& action);
 void AddConvertCommand(CLI::App& program, Action& action);
+void AddViewCommand(CLI::App& program, Action& action);
+void AddCaptureCommand(CLI::App& program, Action& action);
 
 /// The end of every command's help.
 inline constexpr const char* kStatusHelp =

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <system_error>
@@ -17,9 +18,12 @@
 #include "PairQuery.h"
 #include "ReaderEcho.h"
 #include "WorldContent.h"
+#include "frame/CheckerApp.h"
 #include "model/Group.h"
 #include "model/Registries.h"
 #include "model/SceneObject.h"
+#include "platform/settings/ProfileStore.h"
+#include "visualiser/Display.h"
 
 namespace {
 
@@ -151,6 +155,25 @@ bool IsPlaced(const CSceneObject& object) {
                        [](float value) { return std::isfinite(value); });
 }
 
+/// Before the library starts: no window on a screen, no setting read or written.
+void ShowInMemory() {
+    settings::ProfileStore::UseNoUserFile();
+#if defined(__linux__)
+    setenv("SDL_VIDEODRIVER", "offscreen", 1);
+#endif
+}
+
+void RequireDisplay(Showing showing) {
+    const CDisplay* const display = Application().Display();
+    if (display == nullptr)
+        throw Failure(showing == Showing::kOnScreen
+                          ? "no window can be opened: there is no screen, or no OpenGL 3.3"
+                          : "no picture can be drawn: there is no OpenGL 3.3, or the program was "
+                            "built without windows");
+    if (showing == Showing::kOnScreen && !display->IsOnScreen())
+        throw Failure("there is no screen to open a window on; \"kestrane capture\" needs none");
+}
+
 std::string PairContext(int group1, int group2) {
     return GroupName(group1) + " and " + GroupName(group2);
 }
@@ -165,12 +188,16 @@ std::vector<int> ObjectIds(int count) {
 
 }  // namespace
 
-Scene::Scene(const std::string& file) : m_file(file) {
+Scene::Scene(const std::string& file, Showing showing) : m_file(file) {
     RequireSceneSuffix(file, "");
-    Require(KST_Initialisation(false, false, false), "start");
-    char* errorText = nullptr;
-    const int code = Load(file, &errorText);
+    if (showing == Showing::kInMemory)
+        ShowInMemory();
+    Require(KST_Initialisation(showing != Showing::kNowhere, false, false), "start");
     try {
+        if (showing != Showing::kNowhere)
+            RequireDisplay(showing);
+        char* errorText = nullptr;
+        const int code = Load(file, &errorText);
         if (code != KST_OK)
             FailToLoad(file, code, errorText);
         RequireAllLoaded(file);

@@ -6,12 +6,19 @@
 
 #include "kestrane.h"
 
-/// The library, started without a display, with one scene file loaded; one at a time.
+/// Where a scene can be seen.
+enum class Showing {
+    kNowhere,   ///< no display
+    kInMemory,  ///< windows in memory, for pictures; the user's settings have no say and stay
+    kOnScreen,
+};
+
+/// The library with one scene file loaded; one at a time.
 ///
 /// All questions throw Failure with a text for the user where there is no answer.
 class Scene {
   public:
-    explicit Scene(const std::string& file);
+    explicit Scene(const std::string& file, Showing showing = Showing::kNowhere);
     ~Scene();
     Scene(const Scene&) = delete;
     Scene& operator=(const Scene&) = delete;

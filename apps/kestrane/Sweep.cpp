@@ -15,12 +15,14 @@
 #include <unistd.h>
 #endif
 
+#include "Camera.h"
 #include "Commands.h"
 #include "Failure.h"
 #include "Numbers.h"
 #include "Output.h"
 #include "PairQuery.h"
 #include "Scene.h"
+#include "SweepFrames.h"
 #include "SweepReport.h"
 
 namespace {
@@ -42,6 +44,8 @@ struct SweepOptions {
     bool distances = false;
     bool json = false;
     bool csv = false;
+    std::string frames;
+    Camera camera;
 };
 
 /// A line on the standard error stream, if that is a terminal, that says how far a sweep is.
@@ -89,13 +93,16 @@ class Progress {
 /// Runs over the steps of a plan, follows the contact and hands to a report what there is.
 class Sweep {
   public:
-    Sweep(Scene& scene, const SweepPlan& plan, SweepReport& report)
-        : m_scene(scene), m_plan(plan), m_report(report), m_progress(plan) {}
+    /// `frames` may be null.
+    Sweep(Scene& scene, const SweepPlan& plan, SweepReport& report, SweepFrames* frames)
+        : m_scene(scene), m_plan(plan), m_report(report), m_frames(frames), m_progress(plan) {}
 
     SweepSummary Run() {
         for (std::int64_t i = 0; i < m_plan.stepCount; ++i) {
             const SweepStep step = At(StepTime(i));
             m_progress.Show(i, step.time);
+            if (m_frames)
+                m_frames->Write(i, step);
             Follow(step);
             m_lastTime = step.time;
         }
@@ -220,6 +227,7 @@ class Sweep {
     Scene& m_scene;
     const SweepPlan& m_plan;
     SweepReport& m_report;
+    SweepFrames* m_frames;
     Progress m_progress;
     std::optional<double> m_lastTime;
     std::optional<ContactStretch> m_stretch;
@@ -260,9 +268,11 @@ SweepPlan MakePlan(const SweepOptions& options) {
     return plan;
 }
 
-ExitStatus RunSweep(const SweepOptions& options) {
+ExitStatus RunSweep(SweepOptions& options) {
     SweepPlan plan = MakePlan(options);
-    Scene scene(options.file);
+    options.camera.Parse();
+    const bool withFrames = !options.frames.empty();
+    Scene scene(options.file, withFrames ? Showing::kInMemory : Showing::kNowhere);
     plan.group1 = scene.FindGroup(options.group1);
     plan.group2 = scene.FindGroup(options.group2);
     const auto format = options.csv    ? SweepFormat::kCsv
@@ -274,8 +284,11 @@ ExitStatus RunSweep(const SweepOptions& options) {
     scene.Contacts(plan.group1, plan.group2, false);
     RequireChecked(plan.group1);
     RequireChecked(plan.group2);
+    std::optional<SweepFrames> frames;
+    if (withFrames)
+        frames.emplace(options.frames, options.camera);
     report->Start(plan);
-    const SweepSummary summary = Sweep(scene, plan, *report).Run();
+    const SweepSummary summary = Sweep(scene, plan, *report, frames ? &*frames : nullptr).Run();
     report->Finish(summary);
     return summary.stretches > 0 ? kCollision : kFree;
 }
@@ -297,7 +310,9 @@ void AddSweepCommand(CLI::App& program, Action& action) {
         "  kestrane sweep robot_cell.xml robot cell --from 0 --to 20 --step 0.01 --refine\n"
         "  kestrane sweep robot_cell.xml robot cell --from 7 --to 9 --step 0.1 --distance --csv\n"
         "  kestrane sweep robot_cell.xml robot cell --from 0 --to 20 --step 0.05 --refine=1e-5 "
-        "--json\n" +
+        "--json\n"
+        "  kestrane sweep robot_cell.xml robot cell --from 7 --to 9 --step 0.1 --frames "
+        "pictures\n" +
         std::string(kStatusHelp));
     auto options = std::make_shared<SweepOptions>();
     command.add_option("FILE", options->file, "Scene file (.xml)")->required();
@@ -319,5 +334,11 @@ void AddSweepCommand(CLI::App& program, Action& action) {
         ->option_text("[=TOL]");
     CLI::Option* json = command.add_flag("--json", options->json, "Answer in JSON");
     command.add_flag("--csv", options->csv, "Answer in comma-separated values")->excludes(json);
+    command
+        .add_option("--frames", options->frames,
+                    "Write a picture of each step to DIR, objects in contact in red; needs no\n"
+                    "screen")
+        ->option_text("DIR");
+    options->camera.AddTo(command);
     command.callback([options, &action] { action = [options] { return RunSweep(*options); }; });
 }

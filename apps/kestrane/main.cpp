@@ -31,7 +31,8 @@ void Describe(CLI::App& program) {
         "\nExamples:\n"
         "  kestrane info robot_cell.xml\n"
         "  kestrane check robot_cell.xml robot cell --time 7.7\n"
-        "  kestrane sweep robot_cell.xml robot cell --from 0 --to 20 --step 0.01 --refine\n" +
+        "  kestrane sweep robot_cell.xml robot cell --from 0 --to 20 --step 0.01 --refine\n"
+        "  kestrane view robot_cell.xml --play\n" +
         std::string(kStatusHelp));
 }
 
@@ -81,8 +82,9 @@ int Run(int argc, char** argv) {
                      "kestrane"};
     Describe(program);
     Action action;
-    for (const auto add : {AddInfoCommand, AddCheckCommand, AddDistanceCommand, AddDepthCommand,
-                           AddPointCommand, AddLineCommand, AddSweepCommand, AddConvertCommand})
+    for (const auto add :
+         {AddInfoCommand, AddCheckCommand, AddDistanceCommand, AddDepthCommand, AddPointCommand,
+          AddLineCommand, AddSweepCommand, AddConvertCommand, AddViewCommand, AddCaptureCommand})
         add(program, action);
 
     // The parser takes its arguments from the back of the vector.

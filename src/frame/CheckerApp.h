@@ -143,6 +143,10 @@ class CCheckerApp {
     int SetObjectSelectCallback(KstSelectCallback callback);
     int SetTime(float time);
 
+    /// Null in a headless run. For those who hold the model lock, or know that nobody ends the
+    /// library meanwhile.
+    CDisplay* Display() const noexcept { return m_display.get(); }
+
     /// The text of the last scene that failed to load: one buffer of 256 bytes for the whole
     /// process, empty at first, never cleared.
     static char* ErrorText();

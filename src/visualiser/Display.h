@@ -28,6 +28,11 @@ class CDisplay : public CDisplayNeighbour {
     /// come: the display stands still, has lost its screen, or this is the render thread.
     virtual bool WaitForFrame() noexcept = 0;
 
+    /// Windows are on a screen, not in memory alone.
+    virtual bool IsOnScreen() const noexcept = 0;
+    /// The user has asked to close the main window. It stays; a program may end for it.
+    virtual bool IsCloseWanted() const noexcept = 0;
+
     // ---- Views ----
     /// KST_OK, or KST_ERROR_NOT_RENDERING where no window can be opened or closed now.
     virtual int AddView(int view) = 0;
@@ -43,6 +48,14 @@ class CDisplay : public CDisplayNeighbour {
     /// Brings the window in line with what the record says now.
     virtual void ApplyViewSettings(int view) = 0;
     virtual void ResetView(int view) noexcept = 0;
+    /// With the next frame, both: near and far clipping, fog and navigation speed of an open view
+    /// suit the size and distance of all that it shows; and before that, with ShowAll, the camera
+    /// goes where it sees all of it, looking the same way.
+    virtual void ShowAll(int view) = 0;
+    virtual void FitClipping(int view) = 0;
+    /// With the next frame: size of the drawing area of an open view, in the window system's units,
+    /// as far as the window system lets it.
+    virtual void SetWindowSize(int view, int width, int height) = 0;
 
     // ---- Camera paths ----
     /// Arguments as for CViewMotion::AddKeyState, without the camera.
@@ -74,6 +87,6 @@ class CDisplay : public CDisplayNeighbour {
 /// screen nor windows in memory can be had, or the library was built without windows.
 std::unique_ptr<CDisplay> StartDisplay();
 
-/// The caller is a render thread: it runs in the host's select callback, and may not wait for frames
-/// or for the end of the display.
+/// The caller is a render thread: it runs in the host's select callback, and may not wait for
+/// frames or for the end of the display.
 bool IsRenderThread() noexcept;

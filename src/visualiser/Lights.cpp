@@ -12,9 +12,9 @@ constexpr MAV_colour kDim = {0.4F, 0.4F, 0.4F, 1};
 /// Lights 1 to 13: seven corners of a cube, and the middles of its faces. The eighth corner is left
 /// to the headlight of a camera that looks at the scene from where views start.
 constexpr MAV_vector kFixedLights[] = {
-    {1000, 1000, -1000},   {-1000, 1000, -1000},  {-1000, 1000, 1000},  {1000, -1000, 1000},
-    {1000, -1000, -1000},  {-1000, -1000, -1000}, {-1000, -1000, 1000}, {0, 1000, 0},
-    {0, -1000, 0},         {1000, 0, 0},          {-1000, 0, 0},        {0, 0, 1000},
+    {1000, 1000, -1000},  {-1000, 1000, -1000},  {-1000, 1000, 1000},  {1000, -1000, 1000},
+    {1000, -1000, -1000}, {-1000, -1000, -1000}, {-1000, -1000, 1000}, {0, 1000, 0},
+    {0, -1000, 0},        {1000, 0, 0},          {-1000, 0, 0},        {0, 0, 1000},
     {0, 0, -1000}};
 
 struct NamedColour {

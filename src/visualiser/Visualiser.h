@@ -27,6 +27,9 @@ enum PaletteColour : int {
     kColourGreen = 5,
 };
 
+/// The whole vertical angle of a perspective view, in degrees.
+inline constexpr float kFieldOfView = 45.0F;
+
 /// The display: four views on the scene, in windows of a thread of their own.
 ///
 /// m_frameLock guards everything that a frame reads of the scene: objects, records, lists, palette,
@@ -66,6 +69,8 @@ class CVisualiser : public CDisplay {
     int Resume(bool internal) noexcept override { return m_thread.Resume(internal); }
     bool IsStandingStill() const noexcept override { return m_thread.IsStandingStill(); }
     bool WaitForFrame() noexcept override { return m_thread.WaitForFrame(); }
+    bool IsOnScreen() const noexcept override { return m_onScreen; }
+    bool IsCloseWanted() const noexcept override { return m_closeWanted; }
     int AddView(int view) override;
     int RemoveView(int view) override;
     void SetViewOptions(int view, int options) override;
@@ -75,6 +80,9 @@ class CVisualiser : public CDisplay {
     void SetBackgroundColor(int view, float r, float g, float b) override;
     void ApplyViewSettings(int view) override;
     void ResetView(int view) noexcept override;
+    void ShowAll(int view) override;
+    void FitClipping(int view) override;
+    void SetWindowSize(int view, int width, int height) override;
     void AddViewKeyState(int view, float time, const float* eye, const float* point,
                          const float* up) override;
     void SetViewCyclic(int view, bool cyclic) noexcept override;
@@ -102,6 +110,8 @@ class CVisualiser : public CDisplay {
     void DrawFrame();
     void CloseDisplay() noexcept;
     void CloseWindow(CVisView& view) noexcept;
+    /// The user has asked the window system to close the view's window.
+    void WindowClosedByUser(CVisView& view) noexcept;
 
   private:
     void OpenWindow(CVisView& view);
@@ -125,6 +135,8 @@ class CVisualiser : public CDisplay {
     std::array<CViewMotion, kViewCount> m_viewMotion;
     /// The view flies to where it sees all; its centre follows at the end.
     std::array<bool, kViewCount> m_flyingToScene = {};
+    std::atomic<bool> m_onScreen{false};
+    std::atomic<bool> m_closeWanted{false};
     int m_nextMaterial = 0;
     std::vector<int> m_freeMaterials;
     /// All drawables of the scene; those that are still there when the display goes, go with it.

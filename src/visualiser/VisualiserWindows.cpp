@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr float kFieldOfView = 45.0F;
 /// From where fog starts to where it hides everything.
 constexpr float kFogDepth = 100.0F;
 constexpr const char* kNoSplash = "-nosplash";
@@ -29,8 +28,8 @@ Rectangle DrawingArea(const CVisView& view) {
     int borderY = 0;
     int captionHeight = 0;
     mav_gfxFrameSizes(&borderX, &borderY, &captionHeight);
-    return {view.m_left + borderX, view.m_top + borderY + captionHeight,
-            view.m_width - 2 * borderX, view.m_height - 2 * borderY - captionHeight};
+    return {view.m_left + borderX, view.m_top + borderY + captionHeight, view.m_width - 2 * borderX,
+            view.m_height - 2 * borderY - captionHeight};
 }
 
 CVisView& ViewOf(const MAV_window* window) {
@@ -51,11 +50,7 @@ int ResizeWindow(MAV_window* window) {
 }
 
 int CloseWindowOfUser(MAV_window* window) {
-    // The main view is there as long as the display is.
-    CVisView& view = ViewOf(window);
-    if (view.m_index != 0) {
-        running->CloseWindow(view);
-    }
+    running->WindowClosedByUser(ViewOf(window));
     return 1;
 }
 
@@ -92,9 +87,11 @@ bool CVisualiser::OpenDisplay() {
     std::string noSplash = kNoSplash;
     std::array<char*, 2> arguments = {title.data(), noSplash.data()};
     int argumentCount = static_cast<int>(arguments.size());
-    if (mav_initialise(&argumentCount, arguments.data()) == MAV_start::kNone) {
+    const MAV_start start = mav_initialise(&argumentCount, arguments.data());
+    if (start == MAV_start::kNone) {
         return false;
     }
+    m_onScreen = start == MAV_start::kScreen;
     const std::lock_guard lock(m_frameLock);
     SetUpColours(*mav_palette_default);
     SetUpLights(*mav_palette_default);
@@ -160,6 +157,15 @@ void CVisualiser::CloseWindow(CVisView& view) noexcept {
         mav_windowDelete(view.m_window);
         view.m_window = nullptr;
         view.m_hwnd = 0;
+    }
+}
+
+void CVisualiser::WindowClosedByUser(CVisView& view) noexcept {
+    // The main view is there as long as the display is.
+    if (view.m_index == 0) {
+        m_closeWanted = true;
+    } else {
+        CloseWindow(view);
     }
 }
 

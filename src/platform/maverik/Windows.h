@@ -78,6 +78,8 @@ void mav_gfxFrameSizes(int* borderX, int* borderY, int* captionHeight) noexcept;
 void mav_gfxWindowResGet(const MAV_window* window, int* width, int* height) noexcept;
 bool mav_gfxWindowIsMaximized(const MAV_window* window) noexcept;
 void mav_gfxWindowMaximize(MAV_window* window) noexcept;
+/// Size of the drawing area in the window system's units, which may refuse it.
+void mav_gfxWindowSizeSet(MAV_window* window, int width, int height) noexcept;
 /// An icon of 4 bytes a pixel, red, green, blue, alpha; rows from the top down.
 void mav_gfxWindowIconSet(MAV_window* window, int width, int height, const std::uint8_t* rgba);
 

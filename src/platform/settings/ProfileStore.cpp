@@ -1,5 +1,6 @@
 #include "platform/settings/ProfileStore.h"
 
+#include <atomic>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -20,6 +21,8 @@ namespace settings {
 namespace fs = std::filesystem;
 
 namespace {
+
+std::atomic<bool> hasUserFile{true};
 
 /// The store has a few dozen short lines; a larger file is not ours and is not worth the memory.
 constexpr std::uintmax_t kLargestFile = 1024 * 1024;
@@ -156,7 +159,14 @@ ProfileStore::ProfileStore(fs::path file)
 
 ProfileStore::~ProfileStore() = default;
 
+void ProfileStore::UseNoUserFile() noexcept {
+    hasUserFile = false;
+}
+
 fs::path ProfileStore::UserFile() {
+    if (!hasUserFile) {
+        return {};
+    }
     fs::path folder;
     if (const char* configured = std::getenv("XDG_CONFIG_HOME")) {
         folder = configured;

@@ -28,6 +28,8 @@ class ProfileStore {
     /// `kestrane.ini` in the folder `Tamsfield Institute` of the user's configuration folder:
     /// XDG_CONFIG_HOME if that is an absolute path, else `~/.config`. Empty when HOME gives none.
     static std::filesystem::path UserFile();
+    /// From now on UserFile is empty: for a process that is to leave no trace with the user.
+    static void UseNoUserFile() noexcept;
 
     /// The leading whole number of the value; the default when there is none or it exceeds an int.
     int GetProfileInt(const char* section, const char* key, int defaultValue) const noexcept;
