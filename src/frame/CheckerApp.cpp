@@ -13,8 +13,6 @@
 #include "visualiser/Display.h"
 #include "visualiser/VisView.h"
 
-std::recursive_mutex g_modelLock;
-
 CCheckerApp& Application() {
     // Never destroyed: a host may leave without KST_End while its threads are still calling, and
     // the registries of the scene do not outlive this either.

@@ -2,10 +2,10 @@
 
 #include <array>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "kestrane.h"
+#include "model/ModelLock.h"
 
 class CCollisionManager;
 class CDisplay;
@@ -16,10 +16,6 @@ class LoadingScenes;
 namespace settings {
 class ProfileStore;
 }
-
-/// The model lock. Whoever touches the scene or the collision world holds it: every exported
-/// function, every action of the panel. Never held while waiting for a thread to end.
-extern std::recursive_mutex g_modelLock;
 
 /// The application object: one method for each exported function, with the same name, arguments and
 /// codes (see kestrane.h), behind which stand the scene, the collision world and the views. The

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "model/Group.h"
+#include "model/ModelLock.h"
 #include "model/SceneObject.h"
 #include "model/neighbours.h"
 
@@ -16,6 +17,8 @@ T& NeverDestroyed() {
 }
 
 }  // namespace
+
+std::recursive_mutex g_modelLock;
 
 CCollisionNeighbour* g_collision = nullptr;
 CDisplayNeighbour* g_visualiser = nullptr;

@@ -37,6 +37,9 @@ class COverlays {
     struct Grid;
     struct Marker;
 
+    Compass& CompassOf(const CVisView& view) const noexcept;
+    Grid& GridOf(const CVisView& view) const noexcept;
+
     std::unique_ptr<Marker> m_marker;
     std::array<std::unique_ptr<Compass>, kViewCount> m_compass;
     std::array<std::unique_ptr<Grid>, kViewCount> m_grid;

@@ -1,5 +1,6 @@
 #include "visualiser/RenderThread.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <system_error>
@@ -15,6 +16,9 @@ namespace {
 
 /// Between two looks at the events while there is nothing to draw.
 constexpr std::chrono::milliseconds kRest{25};
+/// Between the beginnings of two frames that nobody waits for: what moves once a frame goes at the
+/// same speed on every machine that is fast enough.
+constexpr std::chrono::milliseconds kFrame{16};
 
 thread_local bool isRenderThread = false;
 
@@ -108,6 +112,7 @@ bool CRenderThread::WaitForFrame() noexcept {
     std::unique_lock lock(m_mutex);
     // A frame that has begun already may have looked at the scene before the caller changed it.
     const std::uint64_t wanted = m_framesBegun + 1;
+    m_framesAwaited = std::max(m_framesAwaited, wanted);
     g_sceneDirty = true;
     m_wake.notify_all();
     m_changed.wait(lock, [this, wanted] {
@@ -161,10 +166,10 @@ void CRenderThread::Loop() noexcept {
             if (m_stop || mav_screenLost()) {
                 return;
             }
-            draw = !IsPaused() &&
-                   (g_sceneDirty || g_activeInteractions > 0 || mav_viewParamsAnimating());
+            draw = !IsPaused() && IsFrameWanted();
             if (draw) {
                 ++m_framesBegun;
+                m_frameBegin = std::chrono::steady_clock::now();
                 g_sceneDirty = false;
             }
         }
@@ -190,9 +195,22 @@ void CRenderThread::DrawFrame() noexcept {
     m_changed.notify_all();
 }
 
+bool CRenderThread::IsFrameWanted() const noexcept {
+    if (m_framesAwaited > m_framesEnded) {
+        return true;
+    }
+    const bool wanted = g_sceneDirty || g_activeInteractions > 0 || mav_viewParamsAnimating() ||
+                        mav_frameRefinable();
+    return wanted && std::chrono::steady_clock::now() - m_frameBegin >= kFrame;
+}
+
 void CRenderThread::Rest() {
     std::unique_lock lock(m_mutex);
-    m_wake.wait_for(lock, kRest, [this] { return g_sceneDirty || m_stop || IsPaused(); });
+    const bool soon = g_sceneDirty || g_activeInteractions > 0 || mav_viewParamsAnimating();
+    const auto rest = soon ? std::min(kFrame, kRest) : kRest;
+    m_wake.wait_for(lock, rest, [this, soon] {
+        return m_framesAwaited > m_framesEnded || (g_sceneDirty && !soon) || m_stop || IsPaused();
+    });
 }
 
 bool CRenderThread::IsPaused() const noexcept {

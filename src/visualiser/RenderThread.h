@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -46,8 +47,9 @@ class CRenderThread {
     /// Stands still as long as somebody wants it.
     void StandStill();
     void SetState(State state) noexcept;
-    /// Under m_mutex.
+    /// Both under m_mutex.
     bool IsPaused() const noexcept;
+    bool IsFrameWanted() const noexcept;
 
     CVisualiser& m_visualiser;
     std::thread m_thread;
@@ -62,4 +64,6 @@ class CRenderThread {
     bool m_standingStill = false;
     std::uint64_t m_framesBegun = 0;
     std::uint64_t m_framesEnded = 0;
+    std::uint64_t m_framesAwaited = 0;  ///< the latest that somebody waits for
+    std::chrono::steady_clock::time_point m_frameBegin;
 };

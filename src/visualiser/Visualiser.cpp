@@ -272,6 +272,9 @@ void CVisualiser::DrawFrame() {
     {
         const std::lock_guard lock(m_frameLock);
         after.swap(m_workAfterFrame);
+        if (!after.empty()) {
+            mav_frameStill();
+        }
         RunWork();
         mav_frameBegin();
         EndFlights();

@@ -103,6 +103,15 @@ class CVisualiser : public CDisplay {
     /// The host's; null: none. Under the frame lock.
     KstSelectCallback SelectCallback() const noexcept { return m_selectCallback; }
 
+    /// Holds the frame lock.
+    class FrameLock {
+      public:
+        explicit FrameLock(CVisualiser& visualiser) : m_lock(visualiser.m_frameLock) {}
+
+      private:
+        std::lock_guard<std::recursive_mutex> m_lock;
+    };
+
     // ---- For the render thread ----
     /// Opens the main window and sets everything up. False, and nothing is left, where no window
     /// can be had.

@@ -114,6 +114,9 @@ bool CVisualiser::OpenDisplay() {
     mav_callbackExposeSet(mav_win_all, ExposeWindow);
     mav_callbackCloseSet(mav_win_all, CloseWindowOfUser);
     main.m_window = mav_win_current;
+    // How large the frame around it is, is known only now.
+    const Rectangle area = DrawingArea(main);
+    mav_gfxWindowPlaceSet(main.m_window, area.x, area.y, area.width, area.height);
     FitOut(main);
     return true;
 }

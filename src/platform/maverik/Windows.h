@@ -78,7 +78,8 @@ void mav_gfxFrameSizes(int* borderX, int* borderY, int* captionHeight) noexcept;
 void mav_gfxWindowResGet(const MAV_window* window, int* width, int* height) noexcept;
 bool mav_gfxWindowIsMaximized(const MAV_window* window) noexcept;
 void mav_gfxWindowMaximize(MAV_window* window) noexcept;
-/// Size of the drawing area in the window system's units, which may refuse it.
+/// Place and size of the drawing area as in mav_windowNew; the window system may refuse them.
+void mav_gfxWindowPlaceSet(MAV_window* window, int x, int y, int width, int height) noexcept;
 void mav_gfxWindowSizeSet(MAV_window* window, int width, int height) noexcept;
 /// An icon of 4 bytes a pixel, red, green, blue, alpha; rows from the top down.
 void mav_gfxWindowIconSet(MAV_window* window, int width, int height, const std::uint8_t* rgba);
@@ -140,6 +141,12 @@ void mav_stringDisplayRight(MAV_window* window, const char* text, int colour, in
 /// the eye's plane; in an orthogonal view as in a perspective one. With the frame's view.
 void mav_gfxUnProject(const MAV_window* window, float x, float y, float distance, float* wx,
                       float* wy, float* wz) noexcept;
+
+/// The next frame is drawn as one that will stand, at its best, whatever is going on.
+void mav_frameStill() noexcept;
+/// The last frame was drawn in haste, and nothing has moved for a while: another one would be
+/// better.
+bool mav_frameRefinable() noexcept;
 
 /// What the window shows since the last frame: its drawing area, rows from the top down. Also when
 /// the window is covered. Null if memory does not suffice or the window was not drawn yet.

@@ -1,0 +1,122 @@
+#include <algorithm>
+#include <cmath>
+
+#include "platform/maverik/WindowState.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr float kRadians = 0.017453292F;  // of a degree
+constexpr float kUsualTime = 1;
+
+/// Grows around what is to be seen.
+struct Box {
+    MAV_vector low = {0, 0, 0};
+    MAV_vector high = {0, 0, 0};
+    bool isEmpty = true;
+
+    void Add(const MAV_object* object) {
+        MAV_vector l;
+        MAV_vector h;
+        if (!mav_objectBox(object, l, h)) {
+            return;
+        }
+        if (isEmpty) {
+            *this = {l, h, false};
+            return;
+        }
+        for (float MAV_vector::*axis : {&MAV_vector::x, &MAV_vector::y, &MAV_vector::z}) {
+            low.*axis = std::min(low.*axis, l.*axis);
+            high.*axis = std::max(high.*axis, h.*axis);
+        }
+    }
+};
+
+/// How far before the middle of the box the eye has to be, to see all its corners.
+float DistanceFor(const CameraFrame& camera, const WindowProjection& p, const MAV_vector& half,
+                  float size) {
+    const float up = std::tan(p.size / 2 * kRadians) * size;
+    const float right = up * p.aspect;
+    float distance = 0;
+    for (int corner = 0; corner < 8; ++corner) {
+        const MAV_vector c = {(corner & 1) != 0 ? half.x : -half.x,
+                              (corner & 2) != 0 ? half.y : -half.y,
+                              (corner & 4) != 0 ? half.z : -half.z};
+        const float depth = mav_vectorDotProduct(c, camera.view);
+        const float needed =
+            std::max({std::fabs(mav_vectorDotProduct(c, camera.right)) / right,
+                      std::fabs(mav_vectorDotProduct(c, camera.up)) / up, p.nearest});
+        distance = std::max(distance, needed - depth);
+    }
+    return distance;
+}
+
+bool FlyTo(MAV_window& window, const Box& box, float size, float time) {
+    WindowState& state = *window.state;
+    if (box.isEmpty || state.params == nullptr) {
+        return false;
+    }
+    const CameraFrame camera = CameraOf(window);
+    const MAV_vector half = mav_vectorScalar(mav_vectorSub(box.high, box.low), 0.5F);
+    const MAV_vector centre = mav_vectorAdd(box.low, half);
+    // An orthogonal view sees as much from everywhere: it only moves across.
+    const float distance =
+        state.projection.orthogonal
+            ? mav_vectorDotProduct(mav_vectorSub(centre, camera.eye), camera.view)
+            : DistanceFor(camera, state.projection, half, size);
+    const MAV_vector to = mav_vectorSub(centre, mav_vectorScalar(camera.view, distance));
+    if (!std::isfinite(to.x + to.y + to.z)) {
+        return false;
+    }
+    const float seconds = time >= 0 ? time : kUsualTime;
+    state.flight = {camera.eye, to, Clock::now(), std::chrono::duration<double>(seconds)};
+    return true;
+}
+
+}  // namespace
+
+bool mav_viewParamsAnimateToObject(MAV_window* window, const MAV_object* object, float size,
+                                   float time) {
+    Box box;
+    box.Add(object);
+    return FlyTo(*window, box, size, time);
+}
+
+bool mav_viewParamsAnimateToSMS(MAV_window* window, const MAV_SMS* sms, float size, float time) {
+    Box box;
+    for (const MAV_object* object : sms->objects) {
+        box.Add(object);
+    }
+    return FlyTo(*window, box, size, time);
+}
+
+void mav_viewParamsAnimateStop(MAV_window* window) noexcept {
+    window->state->flight.reset();
+}
+
+bool mav_viewParamsAnimating() noexcept {
+    return std::any_of(windowSystem->windows.begin(), windowSystem->windows.end(),
+                       [](const auto& window) { return window->state->flight.has_value(); });
+}
+
+void AdvanceFlights() noexcept {
+    for (const auto& window : windowSystem->windows) {
+        WindowState& state = *window->state;
+        if (!state.flight) {
+            continue;
+        }
+        const Flight& flight = *state.flight;
+        const std::chrono::duration<double> passed = Clock::now() - flight.begin;
+        if (passed >= flight.duration) {
+            state.params->eye = flight.to;
+            state.flight.reset();
+            continue;
+        }
+        // Slow at both ends.
+        const double t = passed / flight.duration;
+        const auto share = static_cast<float>(t * t * (3 - 2 * t));
+        state.params->eye = mav_vectorAdd(
+            flight.from, mav_vectorScalar(mav_vectorSub(flight.to, flight.from), share));
+    }
+}
