@@ -19,10 +19,10 @@ struct Colour {
         return out << "(" << c.r << ", " << c.g << ", " << c.b << ")";
     }
     int Brightness() const { return r + g + b; }
-    bool IsNear(const Colour& other, int tolerance) const {
-        return std::abs(r - other.r) <= tolerance && std::abs(g - other.g) <= tolerance &&
-               std::abs(b - other.b) <= tolerance;
-    }
+    /// The colour has this hue, however bright it is lit and even where it shines.
+    bool IsRed() const { return r > g + 60 && r > b + 60; }
+    bool IsGreen() const { return g > r + 60 && g > b + 60; }
+    bool IsBlue() const { return b > r + 60 && b > g + 60; }
 };
 
 /// A captured picture, read back from its file with a reader that knows the format alone.
