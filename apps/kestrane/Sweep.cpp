@@ -315,7 +315,7 @@ void AddSweepCommand(CLI::App& program, Action& action) {
         "pictures\n" +
         std::string(kStatusHelp));
     auto options = std::make_shared<SweepOptions>();
-    command.add_option("FILE", options->file, "Scene file (.xml)")->required();
+    command.add_option("FILE", options->file, "Scene file (.xml, .wrl)")->required();
     command.add_option("GROUP1", options->group1, "Label or id of a group")->required();
     command.add_option("GROUP2", options->group2, "Label or id of another group")->required();
     command.add_option("--from", options->from, "Time of the first step")

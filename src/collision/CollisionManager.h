@@ -90,6 +90,7 @@ class CCollisionManager final : public CCollisionNeighbour {
     };
 
     class Membership;
+    class RayWalk;
     struct Recorder;
 
     Probe MakeProbe(Shape shape);
@@ -104,11 +105,14 @@ class CCollisionManager final : public CCollisionNeighbour {
               Recorder& recorder);
     int CheckProbe(const CGroup& group, const Probe& probe, bool all, int* count);
     /// Puts the objects found that are visible in the view into a class of another table.
-    bool ClassifyVisible(int view, DT_RespTableHandle table, DT_ResponseClass responseClass) const;
-    /// Moves a small sphere along the ray until it meets an object of the class; appends the
-    /// finding.
+    std::vector<const CSceneObject*> ClassifyVisible(int view, DT_RespTableHandle table,
+                                                     DT_ResponseClass responseClass) const;
+    /// Moves a small sphere along the ray until it meets an object of the class, which are those
+    /// `visible`; appends the finding. Returns the sphere's last position.
     std::array<float, 3> WalkRay(const std::array<float, 3>& start, const std::array<float, 3>& end,
-                                 DT_RespTableHandle table, DT_ResponseClass visibleClass);
+                                 DT_RespTableHandle table,
+                                 const std::vector<const CSceneObject*>& visible,
+                                 DT_ResponseClass visibleClass);
 
     Scene m_scene;
     RespTable m_respTable;

@@ -639,10 +639,87 @@ DEF tool Transform { translation 0 1.5 0 children Shape { geometry Cylinder { ra
         self.assert_failure(run("convert", self.folder / "pipe.wrl", self.folder / "o.wrl"), "no regular file")
 
 
-class Help(unittest.TestCase):
+class Pictures(SceneCase):
+    """Captures need no screen; what they show is told by the colours at known places."""
+
+    SCENE = """
+<group label="left" colCheck="true">
+  <motion><keyState time="0"><pos x="-2" y="0" z="0"/></keyState>
+          <keyState time="2"><pos x="2" y="0" z="0"/></keyState></motion>
+  <box width="1" height="1" depth="1"><color red="0" green="0" blue="1"/></box></group>
+<group label="right" colCheck="true">
+  <box width="1" height="1" depth="1"><pos x="2" y="0" z="0"/><color red="0" green="1" blue="0"/></box></group>
+"""
+    CAMERA = ("--eye", 0, 0, 10, "--point", 0, 0, 0)
+
+    def setUp(self):
+        super().setUp()
+        self.scene = self.write("two.xml", self.SCENE)
+        self.picture = self.folder / "picture.bmp"
+
+    @staticmethod
+    def pixel(file, x, y):
+        """Red, green and blue at a place from the top left."""
+        data = Path(file).read_bytes()
+        start, width, height = (int.from_bytes(data[i:i + 4], "little") for i in (10, 18, 22))
+        at = start + 4 * ((height - 1 - y) * width + x)
+        return data[at + 2], data[at + 1], data[at]
+
+    def assert_hue(self, colour, channel):
+        others = [c for i, c in enumerate(colour) if i != channel]
+        self.assertGreater(colour[channel], max(others) + 50, colour)
+
+    def test_a_capture_shows_the_scene_at_its_time(self):
+        done = run("capture", self.scene, self.picture, "--size", "400x300", *self.CAMERA)
+        self.assertEqual((done.returncode, done.stderr), (0, ""), done)
+        self.assertIn("400 x 300", done.stdout)
+        # 45 degrees over the height of 300 pixels: 36 pixels a unit at the middle of the scene.
+        self.assert_hue(self.pixel(self.picture, 200 - 75, 150), 2)
+        self.assert_hue(self.pixel(self.picture, 200 + 75, 150), 1)
+        self.assertEqual(self.pixel(self.picture, 200, 150), (255, 255, 255))
+        run("capture", self.scene, self.picture, "--size", "400x300", *self.CAMERA, "--time", 1)
+        self.assert_hue(self.pixel(self.picture, 210, 150), 2)
+        answer = self.json_of(0, "capture", self.scene, self.picture, "--view", 2, "--size", "30x20")
+        self.assertEqual((answer["view"], answer["width"], answer["height"]), (2, 30, 20))
+
+    def test_frames_of_a_sweep_show_contact_in_red(self):
+        frames = self.folder / "new" / "frames"
+        done = run("sweep", self.scene, "left", "right", "--from", 0, "--to", 2, "--step", 1,
+                   "--frames", frames, "--size", "400x300", *self.CAMERA)
+        self.assertEqual((done.returncode, done.stderr), (1, ""), done)
+        self.assertEqual(sorted(f.name for f in frames.iterdir()), [f"step_000000{i}.bmp" for i in range(3)])
+        self.assert_hue(self.pixel(frames / "step_0000001.bmp", 275, 150), 1)
+        self.assert_hue(self.pixel(frames / "step_0000002.bmp", 275, 150), 0)
+
+    def test_what_makes_no_picture_is_refused(self):
+        for arguments, *words in (
+            (("--size", "0x5"), "--size", "0x5"),
+            (("--size", "9000x10"), "8192"),
+            (("--view", "4"), "--view"),
+            (("--eye", 1, 2, 3), "--point"),
+            (("--eye", 1, 2, 3, "--point", 1, 2, 3), "--point"),
+            (("--time", "-1"), "--time"),
+        ):
+            with self.subTest(arguments=arguments):
+                self.assert_failure(run("capture", self.scene, self.picture, *arguments), *words)
+        self.assert_failure(run("capture", self.scene, self.folder / "none" / "p.bmp"), "p.bmp")
+        self.assert_failure(run("sweep", self.scene, "left", "right", "--from", 0, "--to", 1, "--step", 1,
+                                "--frames", self.scene), "--frames")
+        self.assertFalse(self.picture.exists())
+
+    def test_a_view_stays_until_it_is_interrupted(self):
+        on_screen = SOURCE / "tests/visualiser/on_screen.sh"
+        script = '"$0" view "$1" --views 4 --play & sleep 3; kill -TERM $!; wait $!'
+        done = subprocess.run([on_screen, "bash", "-c", script, PROGRAM, self.scene], capture_output=True,
+                              text=True, timeout=60)
+        self.assertEqual((done.returncode, done.stderr), (0, ""), done)
+
+
+class Help(SceneCase):
     def test_help_has_examples_that_run_and_the_man_page_knows_every_option(self):
         page = re.sub(r"\\f.|\\", "", (SOURCE / "docs/man/kestrane.1").read_text())
-        commands = ["info", "check", "distance", "depth", "point", "line", "sweep", "convert"]
+        commands = ["info", "check", "distance", "depth", "point", "line", "sweep", "convert", "capture", "view"]
+        no_screen = {k: v for k, v in os.environ.items() if "DISPLAY" not in k}
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         examples_copy = shutil.copytree(EXAMPLES, Path(folder.name) / "examples")
@@ -654,8 +731,11 @@ class Help(unittest.TestCase):
             examples = re.findall(r"(?m)^  kestrane (.*)$", help_text)
             self.assertTrue(examples, command)
             for example in examples:
-                done = run(*example.split(), cwd=examples_copy)
-                self.assertIn(done.returncode, (0, 1), done)
+                done = run(*example.split(), cwd=examples_copy, env=no_screen)
+                if command == "view":
+                    self.assert_failure(done, "no screen")
+                else:
+                    self.assertIn(done.returncode, (0, 1), done)
             for option in re.findall(r"--[a-z]+", help_text):
                 self.assertIn(option, page)
         for option in set(re.findall(r"--[a-z]+", page)) - {"--help", "--version"}:

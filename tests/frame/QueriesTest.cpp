@@ -7,6 +7,7 @@
 
 #include "Library.h"
 #include "collision/CollisionManager.h"
+#include "model/Registries.h"
 #include "model/SceneObject.h"
 
 namespace {
@@ -444,6 +445,109 @@ TEST_F(Picking, FindsTheFirstVisibleObjectOnTheRay) {
     EXPECT_EQ(-1, Pick(0, {50, 0, 0}, {50, 0, -1000}, &point));
     // The walk's own objects are gone.
     EXPECT_EQ((std::vector<int>{nearer}), AtPoint(group, 0, 0, -10));
+}
+
+/// Step by step, as told, with each object that the line meets at each step.
+int WalkLiterally(const std::array<float, 3>& start, const std::array<float, 3>& end,
+                  std::array<float, 3>& point) {
+    auto& manager = static_cast<CCollisionManager&>(*g_collision);
+    int count = 0;
+    manager.CheckLine(*g_groups.at(0), start, end, true, &count);
+    std::vector<const CSceneObject*> visible;
+    for (const auto& result : g_collisionResults) {
+        const CSceneObject* object = g_objects.at(result.id1);
+        if (object->Group()->IsVisibleInView(0)) {
+            visible.push_back(object);
+        }
+    }
+    if (visible.empty()) {
+        return -1;
+    }
+    const DT_ShapeHandle shape = DT_NewSphere(0.05F);
+    const DT_ObjectHandle sphere = DT_CreateObject(nullptr, shape);
+    int met = -1;
+    for (float t = 0; t < 100.0F && met < 0; t += 0.005F) {
+        for (std::size_t i = 0; i < 3; ++i) {
+            point[i] = end[i] + (start[i] - end[i]) * ((100.0F - t) * 0.01F);
+        }
+        DT_SetPosition(sphere, point.data());
+        for (const CSceneObject* object : visible) {
+            if (met < 0 && DT_InContact(sphere, object->SolidObject())) {
+                met = object->Id();
+            }
+        }
+    }
+    DT_DestroyObject(sphere);
+    DT_DeleteShape(shape);
+    return met >= 0 ? met : g_collisionResults.front().id1;
+}
+
+TEST_F(Picking, SkipsNoStepThatCounts) {
+    std::minstd_rand random(7);
+    const auto at = [&random](float size) {
+        return size * (static_cast<float>(random() % 20001) / 10000 - 1);
+    };
+    const float corners[] = {-3, 0, 0, 3, 0, 0, 0, 3, 0, 0, 1, 3};
+    int slips = 0;
+    for (int scene = 0; scene < 60; ++scene) {
+        const int group = Group();
+        int hidden = -1;
+        EXPECT_EQ(KST_OK, KST_CreateGroup(&hidden, 0, true, nullptr, false));
+        g_groups.at(hidden)->SetViewVisibility(0, scene % 3 != 0);
+        for (int i = 0; i < 12; ++i) {
+            const int into = i % 4 == 0 ? hidden : group;
+            int id = -1;
+            switch (random() % 7) {
+                case 0:
+                    KST_CreateBox(into, 1, 2, 3, 0, 0, 0, &id, nullptr);
+                    break;
+                case 1:
+                    KST_CreateSphere(into, 2, 0, 0, 0, &id, nullptr);
+                    break;
+                case 2:
+                    KST_CreateCylinder(into, 1, 3, 0, 0, 0, &id, nullptr);
+                    break;
+                case 3:
+                    KST_CreateCone(into, 2, 3, 0, 0, 0, &id, nullptr);
+                    break;
+                case 4:
+                    KST_CreateTetrahedron(into, corners, &id, nullptr);
+                    break;
+                case 5:
+                    KST_CreateTriangles(into, 1, corners, &id, nullptr);
+                    break;
+                default:
+                    KST_CreatePolygon(into, 3, corners, &id, nullptr);
+                    break;
+            }
+            // Rays run along x: some objects share a place, some lie at the start.
+            KST_SetObjectPosition(id, i % 5 == 0 ? 0.0F : 40 * at(1), at(1), at(1));
+            KST_SetObjectOrientation(id, 3 + at(3), 3 + at(3), 3 + at(3));
+            KST_SetObjectClearance(id, i % 3 == 0 ? 0.1F : 0.0F);
+        }
+        for (const float reach : {1000.0F, 100000.0F, 30.0F}) {
+            // The longer the ray, the farther apart the steps; a thin thing is slipped past.
+            const std::array<float, 3> start = {-45, at(1), at(1)};
+            const std::array<float, 3> end = {start[0] + reach, at(1), at(1)};
+            std::array<float, 3> expected = {};
+            std::array<float, 3> point = {};
+            const int met = WalkLiterally(start, end, expected);
+            const int picked = Pick(0, start, end, &point);
+            EXPECT_EQ(met, picked) << "scene " << scene << ", reach " << reach;
+            if (met >= 0) {
+                EXPECT_EQ(expected, point) << "scene " << scene << ", reach " << reach;
+                slips += point[0] > end[0] - reach / 1000 ? 1 : 0;
+            }
+        }
+        KST_DestroyGroup(group);
+        KST_DestroyGroup(hidden);
+    }
+    EXPECT_GT(slips, 0) << "no ray slipped past everything";
+    std::array<float, 3> point = {};
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    Pick(0, {nan, 0, 0}, {1, 0, 0}, &point);
+    Pick(0, {1, 0, 0}, {1, 0, 0}, &point);
+    Pick(0, {-1e30F, 0, 0}, {1e30F, 0, 0}, &point);
 }
 
 /// What a query has learnt of a subtree is out of date with every change of the tree.
