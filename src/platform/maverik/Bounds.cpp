@@ -157,7 +157,8 @@ double SizedRadius(MAV_class shape, const AffineRows& rows) noexcept {
         case mav_class_sphere:
             return GreatestStretch(rows);
         default:
-            return std::sqrt(std::max(c.xx, c.yy) + c.xy + c.zz / 4 + std::sqrt(c.xz * c.xz + c.yz * c.yz));
+            return std::sqrt(std::max(c.xx, c.yy) + c.xy + c.zz / 4 +
+                             std::sqrt(c.xz * c.xz + c.yz * c.yz));
     }
 }
 

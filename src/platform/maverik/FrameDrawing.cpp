@@ -12,6 +12,8 @@ namespace {
 constexpr GLuint kTexCoordAttribute = 2;
 constexpr GLuint kFirstRowAttribute = 3;
 constexpr GLuint kRowAttributes = 5;
+/// Objects that are sorted by what they look like, not by distance.
+constexpr std::size_t kSlab = 512;
 
 constexpr const char* kTextVertexSource = R"(#version 330 core
 layout(location = 0) in vec2 position;
@@ -48,10 +50,6 @@ void SetCulling(const BatchKey& batch) {
     }
 }
 
-void DrawMesh(const GraphicsMesh& mesh) {
-    glDrawElements(GL_TRIANGLES, mesh.indexCount, GL_UNSIGNED_INT, nullptr);
-}
-
 }  // namespace
 
 FrameDrawing::FrameDrawing()
@@ -60,8 +58,8 @@ FrameDrawing::FrameDrawing()
     // Fails here, not in a frame, on a machine that cannot do it.
     ProgramKind usual;
     usual.instanced = usual.lit = usual.smooth = usual.textured = usual.fog = true;
-    usual.lights = 14;
-    usual.specularLights = 1;
+    usual.headlight = usual.shining = usual.even = true;
+    usual.lights = 13;
     const ShaderProgram check(usual);
     glGenBuffers(1, &m_instanceBuffer);
     glGenBuffers(1, &m_textBuffer);
@@ -88,6 +86,7 @@ void FrameDrawing::CollectGarbage() {
 
 void FrameDrawing::Draw(const Contents& contents) {
     ++m_frame;
+    m_triangles = 0;
     Clear(contents.setup);
     UploadDrawings(contents);
     m_lights.Take(contents.lights, contents.setup.view);
@@ -141,6 +140,16 @@ const GraphicsMesh* FrameDrawing::MeshOf(const Contents& contents, const BatchKe
                            : m_shapes.Get(contents.shapes[batch.mesh], m_frame);
 }
 
+void FrameDrawing::DrawMesh(const GraphicsMesh& mesh, std::size_t times) {
+    if (times == 1) {
+        glDrawElements(GL_TRIANGLES, mesh.indexCount, GL_UNSIGNED_INT, nullptr);
+    } else {
+        glDrawElementsInstanced(GL_TRIANGLES, mesh.indexCount, GL_UNSIGNED_INT, nullptr,
+                                static_cast<GLsizei>(times));
+    }
+    m_triangles += static_cast<std::size_t>(mesh.indexCount) / 3 * times;
+}
+
 ProgramKind FrameDrawing::KindOf(const Contents& contents, const BatchKey& batch,
                                  bool instanced) const {
     constexpr std::array<float, 3> kBlack = {0, 0, 0};
@@ -152,9 +161,13 @@ ProgramKind FrameDrawing::KindOf(const Contents& contents, const BatchKey& batch
         kind.lit = true;
         kind.smooth = !batch.isDrawing;
         kind.orthogonal = contents.setup.orthogonal;
+        kind.headlight = m_lights.headlight;
         kind.lights = m_lights.Count();
-        kind.specularLights =
-            contents.finishes[batch.finish].specular == kBlack ? 0 : m_lights.specularCount;
+        kind.shining = contents.finishes[batch.finish].specular != kBlack &&
+                       (m_lights.specularCount > 0 || m_lights.headSpecular != kBlack);
+        kind.specularLights = kind.shining ? m_lights.specularCount : 0;
+        // Taken for matt where nothing shines, the specular ones may be of another colour.
+        kind.even = m_lights.even && kind.specularLights == m_lights.specularCount;
     }
     return kind;
 }
@@ -192,8 +205,16 @@ ShaderProgram* FrameDrawing::Prepare(const Contents& contents, const BatchKey& b
 void FrameDrawing::SortOpaque(const Contents& contents) {
     m_sorted = contents.opaque;
     std::sort(m_sorted.begin(), m_sorted.end(), [](const FrameItem& a, const FrameItem& b) {
-        return a.key != b.key ? a.key < b.key : a.depth < b.depth;
+        return a.depth != b.depth ? a.depth < b.depth : a.instance < b.instance;
     });
+    // What is near comes first, so that what it hides need not be lit; but only from slab to slab,
+    // so that one call can draw many.
+    for (std::size_t begin = 0; begin < m_sorted.size(); begin += kSlab) {
+        const auto first = m_sorted.begin() + static_cast<std::ptrdiff_t>(begin);
+        const auto count = std::min(kSlab, m_sorted.size() - begin);
+        std::stable_sort(first, first + static_cast<std::ptrdiff_t>(count),
+                         [](const FrameItem& a, const FrameItem& b) { return a.key < b.key; });
+    }
     m_runs.clear();
     m_instances.clear();
     std::size_t begin = 0;
@@ -202,17 +223,15 @@ void FrameDrawing::SortOpaque(const Contents& contents) {
         while (end < m_sorted.size() && m_sorted[end].key == m_sorted[begin].key) {
             ++end;
         }
-        m_runs.push_back({begin, end, m_sorted[begin].depth, m_instances.size()});
-        if (end - begin > 1) {
+        m_runs.push_back({begin, end, m_instances.size()});
+        // One program for all unit shapes, however many look the same.
+        if (!BatchKey::Unpack(m_sorted[begin].key).isDrawing) {
             for (std::size_t i = begin; i < end; ++i) {
                 m_instances.push_back(contents.instances[m_sorted[i].instance]);
             }
         }
         begin = end;
     }
-    // What is near comes first, so that what it hides need not be lit.
-    std::sort(m_runs.begin(), m_runs.end(),
-              [](const Run& a, const Run& b) { return a.nearest < b.nearest; });
 }
 
 void FrameDrawing::DrawOpaque(const Contents& contents) {
@@ -223,7 +242,7 @@ void FrameDrawing::DrawOpaque(const Contents& contents) {
                  m_instances.data(), GL_STREAM_DRAW);
     for (const Run& run : m_runs) {
         const BatchKey batch = BatchKey::Unpack(m_sorted[run.begin].key);
-        const bool instanced = run.end - run.begin > 1;
+        const bool instanced = !batch.isDrawing;
         const GraphicsMesh* const mesh = MeshOf(contents, batch);
         if (mesh == nullptr) {
             continue;
@@ -236,13 +255,12 @@ void FrameDrawing::DrawOpaque(const Contents& contents) {
         glBindVertexArray(mesh->vertexArray);
         if (!instanced) {
             program->SetInstance(contents.instances[m_sorted[run.begin].instance]);
-            DrawMesh(*mesh);
+            DrawMesh(*mesh, 1);
             continue;
         }
         glBindBuffer(GL_ARRAY_BUFFER, m_instanceBuffer);
         PointAtInstances(run.firstInstance);
-        glDrawElementsInstanced(GL_TRIANGLES, mesh->indexCount, GL_UNSIGNED_INT, nullptr,
-                                static_cast<GLsizei>(run.end - run.begin));
+        DrawMesh(*mesh, run.end - run.begin);
     }
 }
 
@@ -295,10 +313,10 @@ void FrameDrawing::DrawTransparent(const Contents& contents) {
             // A convex shape: its far side first.
             glEnable(GL_CULL_FACE);
             glCullFace(GL_FRONT);
-            DrawMesh(*mesh);
+            DrawMesh(*mesh, 1);
             glCullFace(GL_BACK);
         }
-        DrawMesh(*mesh);
+        DrawMesh(*mesh, 1);
     }
     glDisable(GL_BLEND);
     glDepthMask(GL_TRUE);

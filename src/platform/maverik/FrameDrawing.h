@@ -18,13 +18,14 @@ class FrameDrawing {
     /// Into the framebuffer that is bound.
     void Draw(const FrameContents::Data& contents);
     void CollectGarbage();
+    /// In the frame that was drawn last.
+    std::size_t Triangles() const noexcept { return m_triangles; }
 
   private:
     using Contents = FrameContents::Data;
     /// Items of one key that stand side by side in the sorted list.
     struct Run {
         std::size_t begin, end;
-        float nearest;
         std::size_t firstInstance;  ///< in the buffer
     };
 
@@ -36,6 +37,7 @@ class FrameDrawing {
     void DrawLines(const Contents& contents);
     void DrawTexts(const Contents& contents);
 
+    void DrawMesh(const GraphicsMesh& mesh, std::size_t times);
     const GraphicsMesh* MeshOf(const Contents& contents, const BatchKey& batch);
     /// Makes all ready for objects of the batch; null if they cannot be drawn.
     ShaderProgram* Prepare(const Contents& contents, const BatchKey& batch, bool instanced);
@@ -52,6 +54,7 @@ class FrameDrawing {
     unsigned int m_textBuffer = 0;
     unsigned int m_textArray = 0;
     unsigned long m_frame = 0;
+    std::size_t m_triangles = 0;
     // Memory used again from frame to frame.
     std::vector<FrameItem> m_sorted;
     std::vector<Run> m_runs;

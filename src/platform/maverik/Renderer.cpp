@@ -55,5 +55,10 @@ void Renderer::CollectGarbage() {
 }
 
 int Renderer::Samples(bool still) const noexcept {
-    return m_data->software && !still ? 1 : 4;
+    // Beyond this a processor takes so long that whoever moves the camera again would notice.
+    constexpr std::size_t kManyTriangles = 200'000;
+    if (!m_data->software) {
+        return 4;
+    }
+    return still && m_data->drawing.Triangles() < kManyTriangles ? 4 : 1;
 }

@@ -3,6 +3,7 @@
 #include <epoxy/gl.h>
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -78,16 +79,27 @@ vec3 Unit(vec3 v) {
 
 #ifdef LIT
 uniform vec3 ambient;
-#if LIGHTS > 0
 #ifdef SMOOTH
 in vec3 eyeNormal;
 #endif
+#ifdef HEADLIGHT
+uniform vec3 headDiffuse;
+uniform vec3 headSpecular;
+#endif
+#if LIGHTS > 0
 uniform vec3 lightPosition[LIGHTS];
 uniform vec3 lightDiffuse[LIGHTS];
+#endif
 #if SPECULAR_LIGHTS > 0
 uniform vec3 lightSpecular[SPECULAR_LIGHTS];
+#endif
+#ifdef SHINING
 uniform vec3 specular;
 uniform float shininess;
+
+float Shine(vec3 n, vec3 between) {
+    return pow(max(dot(n, between), 1e-6), shininess);
+}
 #endif
 
 vec3 Normal() {
@@ -102,33 +114,48 @@ vec3 Normal() {
 #endif
 #endif
 }
-#endif
 
 vec3 Lit(vec3 material) {
-    vec3 sum = ambient;
-#if LIGHTS > 0
     vec3 n = Normal();
-    vec3 diffuse = vec3(0.0);
-#if SPECULAR_LIGHTS > 0
-    vec3 shine = vec3(0.0);
+    vec3 fromEye = Unit(-eyePosition);
 #ifdef ORTHOGONAL
     vec3 toEye = vec3(0.0, 0.0, 1.0);
 #else
-    vec3 toEye = Unit(-eyePosition);
+    vec3 toEye = fromEye;
 #endif
+    vec3 diffuse = vec3(0.0);
+    vec3 shine = vec3(0.0);
+#ifdef HEADLIGHT
+    float ahead = max(dot(n, fromEye), 0.0);
+    diffuse += ahead * headDiffuse;
+#ifdef SHINING
+    shine += (ahead > 0.0 ? Shine(n, Unit(fromEye + toEye)) : 0.0) * headSpecular;
+#endif
+#endif
+#if SPECULAR_LIGHTS > 0
     for (int i = 0; i < SPECULAR_LIGHTS; ++i) {
         vec3 toLight = Unit(lightPosition[i] - eyePosition);
         float facing = dot(n, toLight);
         diffuse += max(facing, 0.0) * lightDiffuse[i];
-        float glance = max(dot(n, Unit(toLight + toEye)), 1e-6);
-        shine += (facing > 0.0 ? pow(glance, shininess) : 0.0) * lightSpecular[i];
+        shine += (facing > 0.0 ? Shine(n, Unit(toLight + toEye)) : 0.0) * lightSpecular[i];
     }
-    sum += shine * specular;
 #endif
+#if LIGHTS > SPECULAR_LIGHTS
+    float even = 0.0;
     for (int i = SPECULAR_LIGHTS; i < LIGHTS; ++i) {
-        diffuse += max(dot(n, Unit(lightPosition[i] - eyePosition)), 0.0) * lightDiffuse[i];
+        vec3 toLight = lightPosition[i] - eyePosition;
+        float facing = dot(n, toLight) * inversesqrt(max(dot(toLight, toLight), 1e-30));
+#ifdef EVEN
+        even += max(facing, 0.0);
+#else
+        diffuse += max(facing, 0.0) * lightDiffuse[i];
+#endif
     }
-    sum += diffuse * material;
+    diffuse += even * lightDiffuse[SPECULAR_LIGHTS];
+#endif
+    vec3 sum = ambient + diffuse * material;
+#ifdef SHINING
+    sum += shine * specular;
 #endif
     return min(sum, 1.0);
 }
@@ -159,7 +186,10 @@ std::string Header(const ProgramKind& kind) {
     };
     define(kind.instanced, "INSTANCED");
     define(kind.lit, "LIT");
-    define(kind.lit && kind.smooth && kind.lights > 0, "SMOOTH");
+    define(kind.lit && kind.smooth, "SMOOTH");
+    define(kind.headlight, "HEADLIGHT");
+    define(kind.shining, "SHINING");
+    define(kind.even, "EVEN");
     define(kind.textured, "TEXTURED");
     define(kind.fog, "FOG");
     define(kind.fog || kind.lit, "NEEDS_EYE");
@@ -229,7 +259,8 @@ void SetVectors(GLint location, const std::vector<std::array<float, 3>>& vectors
 
 std::uint32_t ProgramKind::Pack() const noexcept {
     std::uint32_t bits = 0;
-    for (const bool flag : {instanced, lit, smooth, textured, fog, orthogonal}) {
+    for (const bool flag :
+         {instanced, lit, smooth, textured, fog, orthogonal, headlight, shining, even}) {
         bits = bits << 1 | (flag ? 1u : 0u);
     }
     return bits << 16 | static_cast<std::uint32_t>(lights) << 8 |
@@ -242,7 +273,8 @@ void LightSet::Take(const std::vector<MAV_light>& all, const MAV_matrix& view) {
     positions.clear();
     diffuse.clear();
     specular.clear();
-    ambient = {0, 0, 0};
+    ambient = headDiffuse = headSpecular = {0, 0, 0};
+    headlight = even = false;
     specularCount = 0;
     for (const bool shining : {true, false}) {
         for (const MAV_light& light : all) {
@@ -251,6 +283,12 @@ void LightSet::Take(const std::vector<MAV_light>& all, const MAV_matrix& view) {
                 continue;
             }
             const MAV_vector& p = light.position;
+            if (!headlight && light.withEye && p == MAV_vector{0, 0, 0}) {
+                headlight = true;
+                headDiffuse = Rgb(light.diffuse);
+                headSpecular = Rgb(light.specular);
+                continue;
+            }
             const auto row = [&](std::size_t i) {
                 return view[i] * p.x + view[i + 1] * p.y + view[i + 2] * p.z + view[i + 3];
             };
@@ -261,6 +299,8 @@ void LightSet::Take(const std::vector<MAV_light>& all, const MAV_matrix& view) {
             specularCount += shining ? 1 : 0;
         }
     }
+    const auto firstMatt = diffuse.begin() + specularCount;
+    even = std::adjacent_find(firstMatt, diffuse.end(), std::not_equal_to<>()) == diffuse.end();
     for (const MAV_light& light : all) {
         const std::array<float, 3> rgb = Rgb(light.ambient);
         for (std::size_t i = 0; i < 3; ++i) {
@@ -295,6 +335,8 @@ void ShaderProgram::Use() const {
 void ShaderProgram::SetFrame(const ViewSetup& setup, const LightSet& lights) const {
     glUniformMatrix4fv(Location("projection"), 1, GL_TRUE, setup.projection.mat.data());
     if (m_kind.lit) {
+        glUniform3fv(Location("headDiffuse"), 1, lights.headDiffuse.data());
+        glUniform3fv(Location("headSpecular"), 1, lights.headSpecular.data());
         SetVectors(Location("lightPosition"), lights.positions, m_kind.lights);
         SetVectors(Location("lightDiffuse"), lights.diffuse, m_kind.lights);
         SetVectors(Location("lightSpecular"), lights.specular, m_kind.specularLights);

@@ -20,6 +20,9 @@ struct ProgramKind {
     bool textured = false;
     bool fog = false;
     bool orthogonal = false;
+    bool headlight = false;  ///< there is a light at the eye, beside the others
+    bool shining = false;    ///< there is a specular term at all
+    bool even = false;       ///< the lights that are not specular are of one colour
     int lights = 0;
     int specularLights = 0;  ///< the first of the lights
 
@@ -32,6 +35,10 @@ struct LightSet {
     std::vector<std::array<float, 3>> positions, diffuse, specular;
     std::array<float, 3> ambient = {0, 0, 0};
     int specularCount = 0;
+    /// The first light at the eye itself needs no vector of its own, and is not among the others.
+    bool headlight = false;
+    std::array<float, 3> headDiffuse = {0, 0, 0}, headSpecular = {0, 0, 0};
+    bool even = false;  ///< those behind the specular ones are of one colour
 
     int Count() const noexcept { return static_cast<int>(positions.size()); }
     void Take(const std::vector<MAV_light>& lights, const MAV_matrix& view);
