@@ -38,9 +38,11 @@ MAV_vector KeptBeforeCentre(const MAV_vector& eye, const MAV_vector& oldEye,
     const float nearest = kNearest * speed;
     const MAV_vector way = mav_vectorSub(eye, centre);
     const bool isAbove = eye.y > height;
-    if (std::hypot(way.x, way.y, way.z) >= nearest && isAbove == wasAbove) {
+    const MAV_vector oldWay = mav_vectorSub(oldEye, centre);
+    // A level camera passes the centre without changing sides of its height.
+    const bool hasPassed = isAbove != wasAbove || mav_vectorDotProduct(way, oldWay) < 0;
+    if (std::hypot(way.x, way.y, way.z) >= nearest && !hasPassed) {
         return eye;
     }
-    const MAV_vector back = mav_vectorNormalize(mav_vectorSub(oldEye, centre));
-    return mav_vectorAdd(centre, mav_vectorScalar(back, nearest));
+    return mav_vectorAdd(centre, mav_vectorScalar(mav_vectorNormalize(oldWay), nearest));
 }

@@ -13,7 +13,8 @@ std::array<float, 3> CentreOnPlane(const MAV_viewParams& camera, const MAV_vecto
                                    float height, float speed) noexcept;
 
 /// The eye, kept half of `speed` before the centre, on the side that it came from, if it has come
-/// nearer or to the other side of the height of the centre. `wasAbove`: it was above that height.
+/// nearer, past the centre, or to the other side of the height of the centre. `wasAbove`: it was
+/// above that height.
 MAV_vector KeptBeforeCentre(const MAV_vector& eye, const MAV_vector& oldEye,
                             const MAV_vector& centre, float height, bool wasAbove,
                             float speed) noexcept;

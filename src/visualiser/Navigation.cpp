@@ -69,6 +69,14 @@ void CNavigation::RunPick(void* argument) {
     (current->*kPick)(view);
 }
 
+template <CNavigation::Step kPick>
+void CNavigation::QueuePick(CVisView& view) {
+    // However often the key is pressed while the model is busy, one pick waits: Detach takes one
+    // back.
+    mav_frameFn2Rmv(RunPick<kPick>, &view);
+    mav_frameFn2Add(RunPick<kPick>, &view);
+}
+
 const CNavigation::ButtonDrag CNavigation::kDrags[] = {
     {kLeft, RunStep<&CNavigation::TrackballStep>},
     {kMiddle, RunStep<&CNavigation::DollyStep>},
@@ -273,9 +281,9 @@ void CNavigation::Key(CVisView& view, const MAV_keyboardEvent& event) {
     if (event.key == kKeyTab) {
         ToggleMouseLook(view);
     } else if (event.key == 'z') {
-        mav_frameFn2Add(RunPick<&CNavigation::PickAndFly>, &view);
+        QueuePick<&CNavigation::PickAndFly>(view);
     } else if (event.key == kKeySpace) {
-        mav_frameFn2Add(RunPick<&CNavigation::PickAndSelect>, &view);
+        QueuePick<&CNavigation::PickAndSelect>(view);
     }
 }
 

@@ -70,6 +70,8 @@ class CNavigation {
     /// Runs a pick once, as soon as the model is free; until then it stays for the next frame.
     template <Step kPick>
     static void RunPick(void* view);
+    template <Step kPick>
+    void QueuePick(CVisView& view);
 
     CVisualiser& m_visualiser;
     COverlays& m_overlays;

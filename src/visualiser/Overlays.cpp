@@ -25,6 +25,8 @@ constexpr Surface kLightGrey = SurfaceOf(kColourLightGrey);
 /// Of the compass, all at kCompassDistance before the eye: place in shares of the window, lengths.
 constexpr float kCompassShare = 0.1F;
 constexpr float kCompassDistance = 13.0F;
+/// The compass is nearer and farther than its place by less than this factor.
+constexpr float kCompassDepth = 1.1F;
 constexpr float kArrowLength = 0.5F;
 constexpr float kTipPlace = 0.4F;
 constexpr float kTipRadius = 0.05F;
@@ -75,7 +77,6 @@ void SetAxes(Lines<3>& lines, float length, const std::array<const Surface*, 3>&
     lines.Set(2, {0, 0, 0}, {0, 0, length}, surfaces[2]);
 }
 
-/// Two decimals, whatever the locale.
 void AppendCoordinate(std::string& text, float value) {
     char digits[64];
     const auto [end, error] =
@@ -84,6 +85,16 @@ void AppendCoordinate(std::string& text, float value) {
 }
 
 }  // namespace
+
+std::string StatusText(const MAV_vector& eye) {
+    std::string text;
+    AppendCoordinate(text, eye.x);
+    text += ", ";
+    AppendCoordinate(text, eye.y);
+    text += ", ";
+    AppendCoordinate(text, eye.z);
+    return text;
+}
 
 struct COverlays::Compass {
     explicit Compass(CVisView& ofView);
@@ -125,10 +136,9 @@ void COverlays::Compass::Place() noexcept {
         static_cast<float>(static_cast<int>(kCompassShare * static_cast<float>(window.width)));
     const auto y =
         static_cast<float>(static_cast<int>(kCompassShare * static_cast<float>(window.height)));
-    // Where near or far clipping would cut it, it stands elsewhere and is as much larger or
-    // smaller.
-    const float distance =
-        std::min(std::max(kCompassDistance, 2 * view.m_nearClip), view.m_farClip / 2);
+    // Where clipping would cut it, it stands elsewhere and is as much larger or smaller.
+    const float distance = std::max(std::min(kCompassDistance, view.m_farClip / kCompassDepth),
+                                    view.m_nearClip * kCompassDepth);
     MAV_vector p;
     mav_gfxUnProject(&window, x, y, distance, &p.x, &p.y, &p.z);
     const float scale = distance / kCompassDistance;
@@ -145,14 +155,8 @@ void COverlays::Compass::DrawStatus() const {
     if (view.m_window == nullptr) {
         return;
     }
-    const MAV_vector& eye = view.m_viewParams.eye;
-    std::string text;
-    AppendCoordinate(text, eye.x);
-    text += ", ";
-    AppendCoordinate(text, eye.y);
-    text += ", ";
-    AppendCoordinate(text, eye.z);
-    mav_stringDisplayRight(view.m_window, text.c_str(), kColourBlack, 0, kStatusX, kStatusY);
+    mav_stringDisplayRight(view.m_window, StatusText(view.m_viewParams.eye).c_str(), kColourBlack,
+                           0, kStatusX, kStatusY);
 }
 
 struct COverlays::Grid {

@@ -2,11 +2,15 @@
 
 #include <array>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "model/Group.h"
 #include "platform/maverik/Objects.h"
 #include "visualiser/VisView.h"
+
+/// The three coordinates with two decimals, whatever the locale.
+std::string StatusText(const MAV_vector& eye);
 
 /// What views show beside the scene: compass, status text, and, while the user navigates, a marker
 /// at the navigation centre and a grid at its height. Everything here wants the frame lock held,

@@ -179,11 +179,20 @@ void mav_gfxUnProject(const MAV_window* window, float x, float y, float distance
 
 void mav_mouseRay(const MAV_window* window, MAV_vector* pos, MAV_vector* dir) noexcept {
     const WindowState& state = *window->state;
+    int x = mav_mouse_x;
+    int y = mav_mouse_y;
+    if (windowSystem->mouseWindow != window) {
+        // The mouse was last seen in another window.
+        int left = 0;
+        int top = 0;
+        SDL_GetWindowPosition(state.sdl, &left, &top);
+        const float scale = PixelScale(*window);
+        x = static_cast<int>(static_cast<float>(mav_mouse_root_x - left) * scale);
+        y = static_cast<int>(static_cast<float>(mav_mouse_root_y - top) * scale);
+    }
     // Through the middle of the pixel.
-    const float right =
-        (2 * static_cast<float>(mav_mouse_x) + 1) / static_cast<float>(window->width) - 1;
-    const float up =
-        1 - (2 * static_cast<float>(mav_mouse_y) + 1) / static_cast<float>(window->height);
+    const float right = (2 * static_cast<float>(x) + 1) / static_cast<float>(window->width) - 1;
+    const float up = 1 - (2 * static_cast<float>(y) + 1) / static_cast<float>(window->height);
     *pos = PointInView(*window, right, up, state.projection.nearest);
     *dir = state.projection.orthogonal
                ? state.camera.view
