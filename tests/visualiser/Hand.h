@@ -17,6 +17,11 @@ class Hand {
   public:
     enum Button : int { kLeftButton = 1, kMiddleButton = 2, kRightButton = 3 };
 
+    static bool OnScreen() {
+        const char* const driver = SDL_GetCurrentVideoDriver();
+        return driver != nullptr && std::string(driver) == "x11";
+    }
+
     /// Puts the mouse into the window, and the keyboard's focus with it.
     void Enter(int view, int x, int y) {
         m_window = g_views[static_cast<std::size_t>(view)]->m_window->state->sdl;
@@ -68,10 +73,6 @@ class Hand {
     }
 
   private:
-    static bool OnScreen() {
-        const char* const driver = SDL_GetCurrentVideoDriver();
-        return driver != nullptr && std::string(driver) == "x11";
-    }
     static SDL_Event Event(Uint32 type) {
         SDL_Event event = {};
         event.type = type;

@@ -148,6 +148,26 @@ TEST_F(Navigated, TabTwiceBringsTheCameraBack) {
     ExpectNear({0, 0, 0}, Centre(), 10);
 }
 
+TEST_F(Navigated, LookingAroundFollowsTheMouseAndLeavesTheEye) {
+    const auto direction = [] { return Locked([] { return View(0).m_viewParams.view; }); };
+    LookFrom(0, 0, 10);
+    Enter(0, 140, 140);
+    Press("Tab");
+    Release("Tab");
+    // A window without the keyboard stands still; those in memory never have it.
+    const float radians = Hand::OnScreen() ? 0.01F : 0;
+    Move(30, 0);
+    ExpectNear({std::sin(30 * radians), 0, -std::cos(30 * radians)}, direction());
+    Move(-30, 0);
+    Move(0, 20);
+    ExpectNear({0, -std::sin(20 * radians), -std::cos(20 * radians)}, direction());
+    ExpectNear({0, 0, 10}, Eye(), 0);
+    Press("Tab");
+    Release("Tab");
+    Move(30, 0);
+    ExpectNear({0, 0, -1}, direction(), 0);
+}
+
 TEST_F(Navigated, WhatIsHeldEndsWithFocusAndWindow) {
     Enter(0, 140, 140);
     Press("w");
