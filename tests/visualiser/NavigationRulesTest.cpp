@@ -60,12 +60,16 @@ TEST(Trackball, StaysARotationHoweverLongItIsTurned) {
     CTrackball ball;
     ball.Begin(mav_matrixRPYSet(MAV_ID_MATRIX, 10, 20, 30));
     CTrackballPoint at{0.3F, -0.2F};
+    // As a drag does it: the eye behind the centre, as far as it was after the last step.
+    float distance = 10;
     for (int i = 0; i < 20000; ++i) {
         const auto turn = static_cast<float>(i);
         const CTrackballPoint next{0.9F * std::sin(turn * 0.37F), 0.9F * std::cos(turn * 0.61F)};
         ball.Turn(at, next);
         at = next;
+        distance *= Row(ball.View(), 2);
     }
+    EXPECT_NEAR(10, distance, 1e-2F);
     const MAV_matrix m = ball.View();
     for (std::size_t row = 0; row < 3; ++row) {
         EXPECT_NEAR(1, Row(m, row), 1e-5F);
