@@ -58,8 +58,11 @@ class CCollisionManager final : public CCollisionNeighbour {
     /// The pairs of CheckGroups by descending depth. KST_ERROR_NO_COLLISION if there are none;
     /// `*count` is not written then.
     int GetPenetrationDepths(const CGroup& group1, const CGroup& group2, int* count);
-    /// The first object visible in `view` along the ray from `start` to `end`, or null. `*point` is
-    /// where a small sphere that walks the ray meets it.
+    /// The first object visible in `view` along the ray from `start` to `end`, or null: of those
+    /// that the line meets, the one that a small sphere on its way along the ray touches first, and
+    /// of several at one step, the one that entered the world first. `*point` is where the sphere
+    /// then stands. Its steps can be longer than the sphere is wide: one that passes all gives the
+    /// line's first finding and the last step. Leaves the line's findings and the picked one.
     CSceneObject* PickAlongRay(int view, const std::array<float, 3>& start,
                                const std::array<float, 3>& end, std::array<float, 3>* point);
 
@@ -89,7 +92,6 @@ class CCollisionManager final : public CCollisionNeighbour {
         std::vector<DT_ResponseClass> classes;
     };
 
-    class Membership;
     class RayWalk;
     struct Recorder;
 
@@ -104,16 +106,6 @@ class CCollisionManager final : public CCollisionNeighbour {
               const std::vector<DT_ResponseClass>& classes2, DT_ResponseCallback callback,
               Recorder& recorder);
     int CheckProbe(const CGroup& group, const Probe& probe, bool all, int* count);
-    /// Puts the objects found that are visible in the view into a class of another table.
-    std::vector<const CSceneObject*> ClassifyVisible(int view, DT_RespTableHandle table,
-                                                     DT_ResponseClass responseClass) const;
-    /// Moves a small sphere along the ray until it meets an object of the class, which are those
-    /// `visible`; appends the finding. Returns the sphere's last position.
-    std::array<float, 3> WalkRay(const std::array<float, 3>& start, const std::array<float, 3>& end,
-                                 DT_RespTableHandle table,
-                                 const std::vector<const CSceneObject*>& visible,
-                                 DT_ResponseClass visibleClass);
-
     Scene m_scene;
     RespTable m_respTable;
     Probe m_point;

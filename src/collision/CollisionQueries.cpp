@@ -1,13 +1,12 @@
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <new>
-#include <queue>
 #include <tuple>
 #include <utility>
 
 #include "collision/CollisionManager.h"
+#include "collision/RunQuery.h"
 #include "collision/SegmentPlacement.h"
 #include "model/Group.h"
 #include "model/Registries.h"
@@ -19,25 +18,6 @@ using Point = std::array<float, 3>;
 
 /// The value of a finding that is neither a distance nor a depth.
 constexpr float kNoValue = -1.0F;
-
-/// The sphere that walks the ray of a pick.
-constexpr float kPickRadius = 0.05F;
-/// The walk goes from 0 to 100 per cent of the ray, so in at most 20,000 steps.
-constexpr float kPickEnd = 100.0F;
-constexpr float kPickStep = 0.005F;
-
-/// Runs a query on an empty store. One that fails half-way leaves it empty, so that the host never
-/// gets more records than the last count that it was told.
-template <class Body>
-auto RunQuery(Body&& body) {
-    CCollisionManager::ClearResults();
-    try {
-        return body();
-    } catch (...) {
-        CCollisionManager::ClearResults();
-        throw;
-    }
-}
 
 int ResultCount() {
     if (g_collisionResults.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
@@ -127,21 +107,6 @@ struct CCollisionManager::Recorder {
         }
         return recorder->Append(MakeResult(first->Id(), second->Id()));
     }
-};
-
-/// An object that takes part in the tests of a scene as long as this is.
-class CCollisionManager::Membership {
-  public:
-    Membership(DT_SceneHandle scene, DT_ObjectHandle object) : m_scene(scene), m_object(object) {
-        DT_AddObject(m_scene, m_object);
-    }
-    ~Membership() { DT_RemoveObject(m_scene, m_object); }
-    Membership(const Membership&) = delete;
-    Membership& operator=(const Membership&) = delete;
-
-  private:
-    DT_SceneHandle m_scene;
-    DT_ObjectHandle m_object;
 };
 
 void CCollisionManager::ForgetOldClassLists() noexcept {
@@ -262,151 +227,5 @@ int CCollisionManager::GetPenetrationDepths(const CGroup& group1, const CGroup& 
         SortResults(-1.0F);
         *count = found;
         return KST_OK;
-    });
-}
-
-std::vector<const CSceneObject*> CCollisionManager::ClassifyVisible(
-    int view, DT_RespTableHandle table, DT_ResponseClass responseClass) const {
-    std::vector<const CSceneObject*> visible;
-    for (const CCollisionResult& result : g_collisionResults) {
-        const CSceneObject& object = *g_objects.at(result.id1);
-        if (object.Group()->IsVisibleInView(view)) {
-            DT_SetResponseClass(table, object.SolidObject(), responseClass);
-            visible.push_back(&object);
-        }
-    }
-    return visible;
-}
-
-/// A small sphere that goes along a ray in steps.
-class CCollisionManager::RayWalk {
-  public:
-    RayWalk(const Point& start, const Point& end)
-        : m_start(start),
-          m_end(end),
-          m_shape(DT_NewSphere(kPickRadius)),
-          m_sphere(DT_CreateObject(nullptr, m_shape.get())) {
-        // Added up in single precision: the steps are where rounding puts them.
-        for (float t = 0.0F; t < kPickEnd; t += kPickStep) {
-            m_shares.push_back((kPickEnd - t) * 0.01F);
-        }
-        double square = 0;
-        for (std::size_t i = 0; i < 3; ++i) {
-            const double d = static_cast<double>(start[i]) - static_cast<double>(end[i]);
-            square += d * d;
-            m_farthest = std::max({m_farthest, std::abs(static_cast<double>(start[i])),
-                                   std::abs(static_cast<double>(end[i]))});
-        }
-        m_stepLength = std::sqrt(square) * static_cast<double>(kPickStep) * 0.01;
-        MoveTo(0);
-    }
-
-    DT_ObjectHandle Sphere() const { return m_sphere.get(); }
-    const Point& Position() const { return m_position; }
-    int StepCount() const { return static_cast<int>(m_shares.size()); }
-
-    void MoveTo(int step) {
-        const float share = m_shares[static_cast<std::size_t>(step)];
-        for (std::size_t i = 0; i < 3; ++i) {
-            m_position[i] = m_end[i] + (m_start[i] - m_end[i]) * share;
-        }
-        DT_SetPosition(m_sphere.get(), m_position.data());
-    }
-
-    /// The next step after this one at which the sphere may touch the object: it comes nearer by no
-    /// more than a step's length with each step. This step itself if it may touch it here.
-    int NextNear(DT_ObjectHandle object, int step) {
-        MoveTo(step);
-        float onSphere[3];
-        float onObject[3];
-        const double distance = DT_GetClosestPair(m_sphere.get(), object, onSphere, onObject);
-        // For the rounding of positions and distances, far above what either can be off.
-        const double certain = distance - kRounding * (distance + m_farthest) - kPickRadius * 0.01;
-        if (!(certain > m_stepLength)) {
-            return step;
-        }
-        const double steps = std::floor(certain / (m_stepLength * (1 + kRounding)));
-        const double left = StepCount() - step;
-        return steps < left ? step + static_cast<int>(steps) : StepCount();
-    }
-
-  private:
-    static constexpr double kRounding = 1e-5;
-
-    const Point m_start;
-    const Point m_end;
-    const Shape m_shape;
-    const Object m_sphere;
-    std::vector<float> m_shares;  ///< of the way that is still to go, by step
-    double m_stepLength = 0;
-    double m_farthest = 0;  ///< the largest coordinate of the ray
-    Point m_position = {};
-};
-
-Point CCollisionManager::WalkRay(const Point& start, const Point& end, DT_RespTableHandle table,
-                                 const std::vector<const CSceneObject*>& visible,
-                                 DT_ResponseClass visibleClass) {
-    RayWalk walk(start, end);
-    const Membership membership(m_scene.get(), walk.Sphere());
-    const DT_ResponseClass sphereClass = DT_GenResponseClass(table);
-    DT_SetResponseClass(table, walk.Sphere(), sphereClass);
-    Recorder recorder{false};
-    const std::vector<DT_ResponseClass> sphereClasses{sphereClass};
-    const std::vector<DT_ResponseClass> visibleClasses{visibleClass};
-    const std::size_t before = g_collisionResults.size();
-
-    // By the step at which each can be touched at the earliest; who is farther away than the object
-    // that is met is looked at once.
-    using Candidate = std::pair<int, std::size_t>;
-    std::priority_queue<Candidate, std::vector<Candidate>, std::greater<>> candidates;
-    for (std::size_t i = 0; i < visible.size(); ++i) {
-        candidates.emplace(0, i);
-    }
-    while (!candidates.empty()) {
-        const auto [step, i] = candidates.top();
-        candidates.pop();
-        if (step >= walk.StepCount()) {
-            break;
-        }
-        const DT_ObjectHandle object = visible[i]->SolidObject();
-        const int near = walk.NextNear(object, step);
-        if (near > step) {
-            candidates.emplace(near, i);
-            continue;
-        }
-        if (DT_InContact(walk.Sphere(), object)) {
-            // Others may be touched at this step too; which one counts is the test's to say.
-            Test(table, sphereClasses, visibleClasses, &Recorder::Probe, recorder);
-            if (g_collisionResults.size() != before) {
-                return walk.Position();
-            }
-        }
-        candidates.emplace(step + 1, i);
-    }
-    walk.MoveTo(walk.StepCount() - 1);
-    return walk.Position();
-}
-
-CSceneObject* CCollisionManager::PickAlongRay(int view, const Point& start, const Point& end,
-                                              Point* point) {
-    return RunQuery([&]() -> CSceneObject* {
-        int found = 0;
-        CheckLine(*g_groups.at(0), start, end, true, &found);
-        if (found == 0) {
-            return nullptr;
-        }
-        const std::size_t onLine = g_collisionResults.size();
-        const RespTable table(DT_CreateRespTable());
-        const DT_ResponseClass visibleClass = DT_GenResponseClass(table.get());
-        const auto visible = ClassifyVisible(view, table.get(), visibleClass);
-        if (visible.empty()) {
-            return nullptr;
-        }
-        *point = WalkRay(start, end, table.get(), visible, visibleClass);
-        // A sphere that slips past leaves the line's first finding.
-        const bool met = g_collisionResults.size() > onLine;
-        const CCollisionResult& result =
-            met ? g_collisionResults.back() : g_collisionResults.front();
-        return g_objects.at(result.id1);
     });
 }

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/solid/FloatBox.h"
 #include "platform/solid/Narrow.h"
 #include "platform/solid/Object.h"
 #include "platform/solid/RespTable.h"
@@ -224,6 +225,16 @@ void DT_SetPosition(DT_ObjectHandle object, const float position[3]) {
 
 void DT_SetMargin(DT_ObjectHandle object, float margin) {
     object->SetMargin(margin);
+}
+
+bool DT_GetBBox(DT_ObjectHandle object, float min[3], float max[3]) {
+    if (!object->TakesPart()) {
+        return false;
+    }
+    const FloatBox box = FloatBox::Around(object->WorldBox());
+    std::copy(box.lower, box.lower + 3, min);
+    std::copy(box.upper, box.upper + 3, max);
+    return true;
 }
 
 // ---- Scenes and responses ----------------------------------------------------------------------

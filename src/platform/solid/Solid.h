@@ -94,6 +94,9 @@ void DT_SetMatrixf(DT_ObjectHandle object, const float m[16]);
 void DT_SetPosition(DT_ObjectHandle object, const float position[3]);
 /// Grows the object by a sphere of this radius, in world units, in all tests. Below 0 counts as 0.
 void DT_SetMargin(DT_ObjectHandle object, float margin);
+/// Two corners of a box along the axes of the world that holds the object, its margin included.
+/// False, and nothing is written, when the placement is not finite or the shape is empty.
+bool DT_GetBBox(DT_ObjectHandle object, float min[3], float max[3]);
 
 // ---- Scenes and responses ----------------------------------------------------------------------
 
