@@ -227,6 +227,10 @@ MAV_start mav_initialise(int* /*argc*/, char** argv) {
 void mav_shutdown() noexcept {
     TearDown();
     QuitSdl();
+#if SDL_VERSION_ATLEAST(2, 0, 16)
+    // What SDL keeps for each thread, it gives back itself only for threads that it made.
+    SDL_TLSCleanup();
+#endif
     screen::Restore();
 }
 
