@@ -1,6 +1,7 @@
 #include "model/Group.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "kestrane.h"
@@ -286,7 +287,17 @@ void CGroup::UpdateWorldMatrix() noexcept {
 }
 
 void CGroup::UpdateObjects() noexcept {
-    groupwalk::Objects(*this, [](CSceneObject& object) { object.UpdateTransforms(); });
+    // So many that a frame never waits long, and the lock is taken seldom.
+    constexpr int kObjectsALock = 2000;
+    std::optional<CFrameGuard> guard;
+    int count = 0;
+    groupwalk::Objects(*this, [&](CSceneObject& object) {
+        if (count++ % kObjectsALock == 0) {
+            guard.reset();
+            guard.emplace();
+        }
+        object.UpdateTransforms();
+    });
 }
 
 void CGroup::SetSurface(std::unique_ptr<CSurface> surface, int index, bool recursive) {

@@ -144,6 +144,17 @@ TEST_F(Picking, ASphereThatPassesAllGivesTheFirstOfTheLine) {
     EXPECT_EQ(Walk({0, 0, 0}, {0, 0, -100000}), answer);
 }
 
+/// Where the steps are is rounding's to say: up to 0.9 of a step ahead of even ones, and 3 behind.
+TEST_F(Picking, LongSkipsEndAtTheSameStep) {
+    const int box = Box(Group());
+    for (float z = 3; z < 1000; z += 1.789F) {
+        ASSERT_EQ(KST_OK, KST_SetObjectPosition(box, 0.1F, 0, -z));
+        const Answer answer = Pick({0, 0, 0}, {0, 0, -1000});
+        EXPECT_EQ(box, answer.id);
+        EXPECT_EQ(Walk({0, 0, 0}, {0, 0, -1000}), answer) << z;
+    }
+}
+
 TEST_F(Picking, RaysThatAreNone) {
     const int group = Group();
     const int box = Box(group);
