@@ -89,6 +89,12 @@ TEST_F(LightTest, LightsOfTheWorldStayWhereTheyAre) {
     mav_paletteLightSet(stage.palette, 13, {}, {1, 1, 1, 1}, {});
     mav_paletteLightPos(stage.palette, 13, {0, 0, 2});
     mav_paletteLightPositioning(stage.palette, 13, 1);
+    // Those behind the wall take nothing away, of one colour or of several.
+    for (const int behind : {5, 6}) {
+        mav_paletteLightSet(stage.palette, behind, {}, {1, 1, 1, 1}, {});
+        mav_paletteLightPos(stage.palette, behind, {0, 0, -5});
+        mav_paletteLightPositioning(stage.palette, behind, 1);
+    }
     const MAV_vector corners[] = {{-4, -4, 0}, {4, -4, 0}, {4, 4, 0}, {-4, 4, 0}};
     const MAV_polygon wall = {4, {0, 0, 1}, nullptr, corners, &material[1], MAV_ID_MATRIX};
     stage.Add(mav_class_polygon, &wall);
@@ -99,6 +105,7 @@ TEST_F(LightTest, LightsOfTheWorldStayWhereTheyAre) {
                 stage.Orthogonal(0.1f, 100, 10);
             else
                 stage.Perspective(0.1f, 100, 60);
+            mav_paletteLightSet(stage.palette, 5, {}, {1, orthogonal ? 0.0f : 1.0f, 1, 1}, {});
             stage.Draw();
             for (const float x : {0.0f, 1.0f, 2.0f, 3.0f}) {
                 const double expected = 255 * 2 / std::hypot(2, x);
@@ -137,6 +144,16 @@ TEST_F(LightTest, TransparentThingsAreDrawnFromFarToNear) {
     stage.Remove(stage.list->objects.front());
     stage.Draw();
     ExpectNear(stage.PixelAt({0, 0, -3}), {255, 64, 64});
+}
+
+TEST_F(LightTest, TransparentThingsHideNothing) {
+    // The middle of the small box is nearer than that of the large one, whose front is nearest.
+    const MAV_box large = Box(6, colour[4], At(0, 0, 0)), small = Box(1, colour[1], At(0, 0, 2));
+    mav_paletteColourSet(stage.palette, 1, 1, 0, 0, 0.5f);
+    stage.Add(mav_class_box, &small);
+    stage.Add(mav_class_box, &large);
+    stage.Draw();
+    EXPECT_GT(stage.PixelAt({0, 0, 2.5f})[0], stage.PixelAt({1.5f, 1.5f, 2.5f})[0] + 60);
 }
 
 TEST_F(LightTest, FogGrowsFromStartToEnd) {

@@ -22,7 +22,7 @@ using ListPtr = std::unique_ptr<MAV_SMS, ListDeleter>;
 TEST(Lists, HoldWhatWasAddedUntilItIsRemoved) {
     const MAV_box record = {1, 1, 1, 1, 1, nullptr, MAV_ID_MATRIX};
     ListPtr a(mav_SMSObjListNew());
-    const ListPtr b(mav_SMSObjListNew());
+    ListPtr b(mav_SMSObjListNew());
     std::vector<ObjectPtr> objects;
     for (int i = 0; i < 5; ++i) {
         objects.emplace_back(mav_objectNew(mav_class_box, &record));
@@ -39,6 +39,10 @@ TEST(Lists, HoldWhatWasAddedUntilItIsRemoved) {
     EXPECT_TRUE(mav_SMSHolds(b.get(), objects[1].get()));
     objects.erase(objects.begin());
     EXPECT_EQ(a->objects.size(), 2u);
+    for (const ListPtr* const list : {&a, &b}) {
+        for (std::size_t i = 0; i < (*list)->objects.size(); ++i)
+            EXPECT_EQ((*list)->objects[i]->place[(*list)->index], static_cast<int>(i));
+    }
     EXPECT_EQ(b->objects.size(), 4u);
     a.reset();
     const ListPtr again(mav_SMSObjListNew());
@@ -144,6 +148,11 @@ TEST(Bounds, NoneWhereNothingFiniteIs) {
         EXPECT_LT(mav_objectBounds(object.get()).radius, 0);
         EXPECT_FALSE(mav_objectBox(object.get(), low, high));
         EXPECT_EQ(low.x, 7);
+    }
+    for (const auto& [top, bottom] : {std::pair(kNan, 1.0f), std::pair(1.0f, kNan)}) {
+        const MAV_cone cone = {top, bottom, 1, 25, 1, 1, 1, nullptr, MAV_ID_MATRIX};
+        const ObjectPtr sharp(mav_objectNew(mav_class_cone, &cone));
+        EXPECT_LT(mav_objectBounds(sharp.get()).radius, 0);
     }
     const MAV_vector vertices[] = {{1, 2, 3}, {kNan, 0, 0}, {3, 2, 1}};
     MAV_polygonGrp group = {1, nullptr, nullptr, nullptr, vertices, nullptr, MAV_ID_MATRIX};

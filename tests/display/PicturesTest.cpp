@@ -261,9 +261,11 @@ TEST_F(PicturesTest, ObjectsMayGoBeforeAndAfterTheRenderer) {
     stage.Draw();
     EXPECT_EQ(stage.PixelAt({0, 0, 0}), kRed);
     // Another renderer has to make the mesh anew.
+    const std::shared_ptr<MAV_drawing> former = second->drawing;
     stage.renderer.reset();
     stage.renderer = std::make_unique<Renderer>();
     stage.Draw();
+    EXPECT_NE(second->drawing, former);
     EXPECT_EQ(stage.PixelAt({0, 0, 0}), kRed);
     stage.renderer.reset();
     stage.Remove(second);

@@ -105,8 +105,9 @@ bool ReadSizedShape(const MAV_object& object, SizedShape& shape) noexcept {
         case mav_class_cone: {
             const auto& cone = RecordOf<MAV_cone>(object);
             const double top = std::abs(cone.topRadius), bottom = std::abs(cone.bottomRadius);
-            // The sum is not finite if one of the two is not.
-            const double radius = std::max({top, bottom, 0 * (top + bottom)});
+            const double radius = std::isfinite(top + bottom)
+                                      ? std::max(top, bottom)
+                                      : std::numeric_limits<double>::quiet_NaN();
             const double by = radius > 0 ? radius : 1;
             shape = {radius, radius, cone.height, top / by, bottom / by, &cone.matrix};
             return true;
