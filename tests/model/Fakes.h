@@ -109,7 +109,10 @@ class FakeDisplay : public CDisplayNeighbour {
         m_log.append("d").append(std::to_string(object->Id()));
     }
     void Redraw() noexcept override {}
-    void LockFrame() noexcept override { ++frameLocks; }
+    void LockFrame() noexcept override {
+        ++frameLocks;
+        ++frameLocksTaken;
+    }
     void UnlockFrame() noexcept override { --frameLocks; }
     int NewMaterial(float r, float g, float b, float a) override {
         materials[m_nextMaterial] = {r, g, b, a};
@@ -140,6 +143,7 @@ class FakeDisplay : public CDisplayNeighbour {
     std::map<int, std::array<float, 4>> materials;
     int drawables = 0;
     int frameLocks = 0;
+    int frameLocksTaken = 0;
 
   private:
     std::string& m_log;
