@@ -86,6 +86,8 @@ void Convert(const ConvertOptions& options) {
     nodes::SceneGraph world;
     Read(options.input, world);
     const auto nodeCount = static_cast<std::size_t>(world.nodeCount());
+    if (nodeCount == 0)
+        throw Failure("there is no node in " + options.input);
     const std::size_t routeCount = world.routes().size();
     Save(world, options.output);
     if (!options.json) {

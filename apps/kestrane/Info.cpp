@@ -260,7 +260,7 @@ void AddInfoCommand(CLI::App& program, Action& action) {
         "  kestrane info robot_cell.xml --json\n"
         "\nExit status: 0, or 2 on an error (with one line on the standard error stream).");
     auto options = std::make_shared<InfoOptions>();
-    command.add_option("FILE", options->file, "Scene file (.xml)")->required();
+    command.add_option("FILE", options->file, "Scene file (.xml, .wrl)")->required();
     command.add_flag("--json", options->json, "Answer in JSON");
     command.callback([options, &action] {
         action = [options] {

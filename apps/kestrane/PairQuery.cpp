@@ -49,7 +49,7 @@ std::string UncheckedLine(int group, int count, const char* reason) {
 }  // namespace
 
 void QueryOptions::AddFile(CLI::App& command) {
-    command.add_option("FILE", file, "Scene file (.xml)")->required();
+    command.add_option("FILE", file, "Scene file (.xml, .wrl)")->required();
 }
 
 void QueryOptions::AddRest(CLI::App& command, const char* firstHelp) {

@@ -1,10 +1,12 @@
 #include "Scene.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <system_error>
@@ -29,6 +31,16 @@ namespace {
 
 constexpr int kRootGroup = 0;
 
+/// Why nothing was found in a file that is there.
+std::string TextOfNoNode(const std::string& file) {
+    std::FILE* const opened = std::fopen(file.c_str(), "rb");
+    if (!opened)
+        return std::string("it cannot be read: ") + std::strerror(errno);
+    std::fclose(opened);
+    return "there is no node in it; a line ends in a line feed, and what follows # in a line is a "
+           "comment";
+}
+
 [[noreturn]] void FailToLoad(const std::string& file, int code, const char* errorText) {
     // Only a file problem writes a text; with other codes there is none, or that of another load.
     std::string text = code == KST_ERROR_FILE && errorText ? OneLine(errorText) : "";
@@ -40,7 +52,7 @@ constexpr int kRootGroup = 0;
     if (HasSuffix(file, ".xml") && exists)
         ReadFileContent(file);
     if (HasSuffix(file, ".wrl") && code == KST_ERROR_FILE && text.empty())
-        text = exists ? "there is no node in it" : "there is no such file";
+        text = exists ? TextOfNoNode(file) : "there is no such file";
     else if (code == KST_ERROR_UNKNOWN_GROUP)
         text = HasSuffix(file, ".wrl")
                    ? "a Shape stands outside of all Transforms; put a Transform around it"
@@ -66,6 +78,17 @@ void RequireAllShapes(const std::string& file) {
                       RefusedText(wanted.objects - g_objects.size(), wanted.objects, "shapes") +
                       ": a size below 0, an index without a point, too few points, polygons that "
                       "are not convex, or an Extrusion");
+    if (wanted.notFinite > 0)
+        throw Failure(file + ": a size, a place or a point is a number out of range");
+    if (wanted.unclosed > 0)
+        throw Failure(file + ": " + Count(wanted.unclosed, "coordIndex") +
+                      " without a closing -1, so that the last face or line is not read; put -1 "
+                      "at the end");
+    if (wanted.reordered > 0)
+        std::fprintf(stderr,
+                     "kestrane: note: %s: of a Switch, children that are a USE are counted behind "
+                     "the others, so that whichChoice may name another one\n",
+                     file.c_str());
     if (wanted.misplaced > 0)
         std::fprintf(
             stderr,

@@ -1,5 +1,7 @@
 #include "WorldContent.h"
 
+#include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "Failure.h"
@@ -34,6 +36,68 @@ bool IsMisplaced(const nodes::TransformNode& transform) {
            (scalesUnevenly && transform.scaleOrientation().value()[3] != 0);
 }
 
+template <class Values>
+bool AreFinite(const Values& values) {
+    return std::all_of(std::begin(values), std::end(values),
+                       [](auto value) { return std::isfinite(value); });
+}
+
+bool HasFinitePlace(const nodes::TransformNode& transform) {
+    return AreFinite(transform.translation().value()) && AreFinite(transform.scale().value()) &&
+           AreFinite(transform.rotation().value());
+}
+
+bool HasFinitePoints(const nodes::Node& geometry) {
+    const auto* const coordinate =
+        static_cast<const nodes::CoordinateNode*>(geometry.childOfType(nodes::kCoordinate));
+    return coordinate == nullptr ||
+           std::all_of(coordinate->point().values().begin(), coordinate->point().values().end(),
+                       [](const auto& point) { return AreFinite(point); });
+}
+
+bool HasFiniteSize(const nodes::Node& geometry) {
+    switch (geometry.type()) {
+        case nodes::kBox:
+            return AreFinite(static_cast<const nodes::BoxNode&>(geometry).size().value());
+        case nodes::kSphere:
+            return std::isfinite(static_cast<const nodes::SphereNode&>(geometry).radius());
+        case nodes::kCylinder: {
+            const auto& cylinder = static_cast<const nodes::CylinderNode&>(geometry);
+            return std::isfinite(cylinder.radius()) && std::isfinite(cylinder.height());
+        }
+        case nodes::kCone: {
+            const auto& cone = static_cast<const nodes::ConeNode&>(geometry);
+            return std::isfinite(cone.bottomRadius()) && std::isfinite(cone.height());
+        }
+        default:
+            return HasFinitePoints(geometry);
+    }
+}
+
+template <class Indices>
+bool IsUnclosed(const Indices& indices) {
+    return !indices.empty() && indices.back() != -1;
+}
+
+bool IsUnclosed(const nodes::Node& geometry) {
+    if (geometry.isType(nodes::kIndexedFaceSet))
+        return IsUnclosed(
+            static_cast<const nodes::IndexedFaceSetNode&>(geometry).coordIndex().values());
+    if (geometry.isType(nodes::kIndexedLineSet))
+        return IsUnclosed(
+            static_cast<const nodes::IndexedLineSetNode&>(geometry).coordIndex().values());
+    return false;
+}
+
+/// Some of its children, but not all, are USE: they have been moved behind the others.
+bool IsReordered(const nodes::Node& node) {
+    bool own = false;
+    bool used = false;
+    for (const nodes::Node* child = node.firstChild(); child; child = child->nextSibling())
+        (child->instanceOf() == nullptr ? own : used) = true;
+    return own && used;
+}
+
 /// Counts the shapes that the walk comes to and that have an object, and Transforms on the way.
 void CountVisited(const nodes::SceneGraph& world, WorldContent& content) {
     std::vector<const nodes::Node*> waiting;
@@ -48,16 +112,22 @@ void CountVisited(const nodes::SceneGraph& world, WorldContent& content) {
         if (node.isType(nodes::kTransform)) {
             const auto& transform = static_cast<const nodes::TransformNode&>(node);
             content.misplaced += IsMisplaced(transform) ? 1 : 0;
+            content.notFinite += HasFinitePlace(transform) ? 0 : 1;
             wait(node.firstChild());
         } else if (node.isType(nodes::kGroup)) {
             wait(node.firstChild());
         } else if (node.isType(nodes::kSwitch)) {
             const auto& choice = static_cast<const nodes::SwitchNode&>(node);
+            content.reordered += IsReordered(node) ? 1 : 0;
             if (const nodes::Node* chosen = node.childAt(choice.whichChoice()))
                 waiting.push_back(chosen);
         } else if (node.isType(nodes::kShape)) {
             const nodes::Node* const geometry = node.geometryChild();
-            content.objects += geometry && HasObject(*geometry) ? 1 : 0;
+            if (!geometry || !HasObject(*geometry))
+                continue;
+            ++content.objects;
+            content.unclosed += IsUnclosed(*geometry) ? 1 : 0;
+            content.notFinite += HasFiniteSize(*geometry) ? 0 : 1;
         }
     }
 }
