@@ -30,10 +30,9 @@ Surfaces surfaces;
 /// Places of the palette. Beyond them only an index that no display has loaded can stand.
 constexpr int kPaletteSize = 100;
 
-/// No text if the file cannot be opened.
-bool SetTextOf(const nodes::ReadError& error, const char* fileName) {
-    std::string message = error.message;
-    if (message.empty()) {
+/// Empty if the file cannot be opened.
+std::string TextOf(const nodes::ReadError& error, const char* fileName) {
+    if (error.message.empty()) {
         std::error_code fault;
         const auto type = std::filesystem::status(fileName, fault).type();
         // To open a pipe would wait for one who writes to it.
@@ -41,13 +40,14 @@ bool SetTextOf(const nodes::ReadError& error, const char* fileName) {
         const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(
             isPlain ? std::fopen(fileName, "rb") : nullptr, &std::fclose);
         if (file == nullptr && (isPlain || type == std::filesystem::file_type::not_found)) {
-            return false;
+            return "";
         }
-        message = "not a VRML97 file";
+        return "not a VRML97 file";
     }
-    CCheckerApp::SetErrorText(message + " (line " + std::to_string(error.line) +
-                              "): " + error.token);
-    return true;
+    // What is wrong with the file as a whole has no place in it.
+    return error.line == 0 && error.token.empty()
+               ? error.message
+               : error.message + " (line " + std::to_string(error.line) + "): " + error.token;
 }
 
 }  // namespace
@@ -59,7 +59,9 @@ int VrmlSceneLoader::Load(const char* fileName, int group, bool capable, char** 
     m_inheritedColCheck = capable;
     nodes::SceneGraph graph;
     if (!graph.load(fileName, true, nullptr, nullptr)) {
-        if (SetTextOf(graph.error(), fileName) && errorText != nullptr) {
+        const std::string text = TextOf(graph.error(), fileName);
+        if (!text.empty() && errorText != nullptr) {
+            CCheckerApp::SetErrorText(text);
             *errorText = CCheckerApp::ErrorText();
         }
         return KST_ERROR_FILE;

@@ -233,7 +233,9 @@ TEST_F(VrmlLoad, TextsOfRefusal) {
     EXPECT_EQ(KST_ERROR_FILE, LoadWorld("# nothing in it\n"));
     EXPECT_EQ(nullptr, m_text);
     EXPECT_EQ(KST_ERROR_FILE, LoadFile(m_folder.Write("other.wrl", "solid cube\nendsolid\n")));
-    EXPECT_STREQ("not a VRML97 file (line 0): ", m_text);
+    EXPECT_STREQ("not a VRML97 file", m_text);
+    EXPECT_EQ(KST_ERROR_FILE, LoadFile(m_folder.Write("cut.wrl", "\x1F\x8B\x08 cut off")));
+    EXPECT_STREQ("the compressed file cannot be unpacked", m_text);
 
     EXPECT_EQ(KST_ERROR_FILE, LoadWorld("Transform {\n  scale 1 1 x\n}\n"));
     ASSERT_NE(nullptr, m_text);
@@ -243,7 +245,12 @@ TEST_F(VrmlLoad, TextsOfRefusal) {
     EXPECT_EQ(KST_ERROR_FILE, LoadWorld(FaceSet("convex FALSE coordIndex [ 0 1 2 -1 ]")));
     EXPECT_STREQ("Non-convex polygons not supported. Triangulate your scene!", m_text);
     // A failure without a text hands out the last one.
-    EXPECT_EQ(KST_ERROR_ARGUMENT, LoadWorld("Shape { geometry Sphere { radius -1 } }"));
+    const char* const refused = "Shape { geometry Sphere { radius -1 } }";
+    EXPECT_EQ(KST_ERROR_ARGUMENT, LoadWorld(refused));
+    EXPECT_STREQ("Non-convex polygons not supported. Triangulate your scene!", m_text);
+    // Where nobody asks for the text of a file that cannot be read, it stays too.
+    EXPECT_EQ(KST_ERROR_FILE, KST_LoadScene(World("Box {").c_str(), m_group, nullptr));
+    EXPECT_EQ(KST_ERROR_ARGUMENT, LoadWorld(refused));
     EXPECT_STREQ("Non-convex polygons not supported. Triangulate your scene!", m_text);
     EXPECT_EQ(KST_ERROR_FILE, KST_LoadScene(World(kBad).c_str(), m_group, nullptr));
 }
