@@ -14,7 +14,7 @@ NodeTree::NodeTree() {
 }
 
 NodeTree::~NodeTree() {
-    clear();
+    NodeTree::clear();
     m_root.m_scene = nullptr;
 }
 

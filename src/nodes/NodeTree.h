@@ -70,10 +70,10 @@ class NodeTree {
     void cascade(Node& node, Field& field);
 
     /// Deletes all nodes and routes.
-    void clear();
+    virtual void clear();
     /// Moves all nodes to the end of PARENT's children, in another tree or outside of any, and
     /// the routes, which go on joining the same nodes, to that tree.
-    void moveTo(Node& parent);
+    virtual void moveTo(Node& parent);
 
     /// Binds or unbinds a bindable node; a tree without stacks does nothing.
     virtual void setBound(Node& node, bool state);

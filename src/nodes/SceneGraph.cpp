@@ -40,7 +40,7 @@ void tellBound(Node& node, bool isBound) {
 SceneGraph::SceneGraph() = default;
 
 SceneGraph::~SceneGraph() {
-    clear();
+    SceneGraph::clear();
 }
 
 void SceneGraph::clearStacks() {

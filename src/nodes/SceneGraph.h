@@ -42,9 +42,9 @@ class SceneGraph : public NodeTree {
     ~SceneGraph() override;
 
     /// Deletes all nodes and routes; nothing is bound then.
-    void clear();
+    void clear() override;
     /// Moves all nodes and routes below PARENT; nothing is bound then.
-    void moveTo(Node& parent);
+    void moveTo(Node& parent) override;
     /// clear(), then read().
     bool load(const char* path, bool callInitialise, ProgressFn progressFn, void* userData);
     /// Adds the nodes and routes of a VRML97 file, plain or packed by gzip, and binds the first

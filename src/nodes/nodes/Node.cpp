@@ -18,11 +18,15 @@ Node::~Node() {
     }
 }
 
-void Node::setName(const char* text) {
-    std::string& name = holder().m_name;
-    name = text ? text : "";
+std::string Node::storedName(const char* text) {
+    std::string name = text ? text : "";
     std::replace_if(
         name.begin(), name.end(), [](char c) { return static_cast<signed char>(c) < 33; }, '_');
+    return name;
+}
+
+void Node::setName(const char* text) {
+    holder().m_name = storedName(text);
 }
 
 Node* Node::parent() const {

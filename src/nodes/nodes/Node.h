@@ -50,8 +50,9 @@ class Node {
 
     // Name and type.
 
-    /// Characters below 33 and above 127 become "_"; null gives an empty name. An instance names
-    /// the node that it shows.
+    /// Characters below 33 and above 127 become "_"; null gives an empty name.
+    static std::string storedName(const char* text);
+    /// The name is storedName(). An instance names the node that it shows.
     void setName(const char* text);
     const char* name() const { return holder().m_name.c_str(); }
     const std::string& nameText() const { return holder().m_name; }

@@ -9,12 +9,6 @@
 namespace nodes {
 namespace {
 
-void stageChildren(Node& node) {
-    for (Node* child = node.firstChild(); child; child = child->nextSibling()) {
-        node.stage(*child);
-    }
-}
-
 double distance(const SFVec3f::Value& a, const SFVec3f::Value& b) {
     double sum = 0;
     for (std::size_t i = 0; i < a.size(); ++i) {
@@ -34,14 +28,16 @@ SFVec3f::Value inWorld(const Node& node, SFVec3f::Value point) {
 
 }  // namespace
 
-void SwitchNode::initialise() {
+void ChoosingNode::initialise() {
     if (!initialised()) {
-        stageChildren(*this);
+        for (Node* child = firstChild(); child; child = child->nextSibling()) {
+            stage(*child);
+        }
         setInitialised(true);
     }
 }
 
-void SwitchNode::prepareSave() {
+void ChoosingNode::prepareSave() {
     if (initialised()) {
         giveBackStaged();
         setInitialised(false);
@@ -53,20 +49,6 @@ void SwitchNode::eventReceived() {
     if (Node* chosen = stagedAt(whichChoice())) {
         showStaged(*chosen);
         chosen->initialise();
-    }
-}
-
-void LODNode::initialise() {
-    if (!initialised()) {
-        stageChildren(*this);
-        setInitialised(true);
-    }
-}
-
-void LODNode::prepareSave() {
-    if (initialised()) {
-        giveBackStaged();
-        setInitialised(false);
     }
 }
 

@@ -1,12 +1,13 @@
 #include "nodes/reader/Number.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <cstdlib>
 #include <iterator>
 #include <limits>
-#include <system_error>
+#include <string_view>
+
+#include "nodes/fields/Numbers.h"
 
 namespace nodes {
 namespace {
@@ -48,21 +49,6 @@ std::int32_t clamped(double value) {
     using Limits = std::numeric_limits<std::int32_t>;
     return static_cast<std::int32_t>(
         std::clamp(value, static_cast<double>(Limits::min()), static_cast<double>(Limits::max())));
-}
-
-/// Digits, "." and an exponent from BEGIN to END, of a value out of the range of a double.
-double outOfRange(const char* begin, const char* end, int exponent) {
-    const char* const point = std::find_if_not(begin, end, isDigit);
-    const char* const first = std::find_if(begin, end, [](char c) { return c >= '1' && c <= '9'; });
-    const auto magnitude = static_cast<int>(
-        std::clamp<std::ptrdiff_t>(point - first, -kLargestExponent, kLargestExponent));
-    return magnitude + exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
-}
-
-double convert(const char* begin, const char* end, int exponent) {
-    double value = 0;
-    const auto [stop, error] = std::from_chars(begin, end, value);
-    return error == std::errc::result_out_of_range ? outOfRange(begin, end, exponent) : value;
 }
 
 /// MANTISSA times ten to the EXPONENT, if one rounding is enough for that.
@@ -126,14 +112,13 @@ Number scanNumber(const char*& at) {
         exponent = -static_cast<int>(std::min<std::ptrdiff_t>(place - fraction, kLargestExponent));
     }
     const char* const mantissaEnd = place;
-    const int written = scanExponent(place);
+    exponent += scanExponent(place);
     isInteger = isInteger && place == mantissaEnd;
-    exponent += written;
     at = place;
 
     double value = 0;
     if (digits > kSafeDigits || !scale(mantissa, exponent, value)) {
-        value = convert(begin, place, written);
+        value = toDouble(std::string_view(begin, static_cast<std::size_t>(place - begin)));
     }
     // A minus alone is no number, and an integer knows no minus zero.
     if (isNegative && digits > 0 && !(isInteger && value == 0)) {

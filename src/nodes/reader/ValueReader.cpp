@@ -60,8 +60,10 @@ bool ValueReader::drop(ValueForm form) {
             return read(form, two);
         case ValueForm::kVec3:
             return read(form, three);
-        default:
+        case ValueForm::kRotation:
             return read(form, four);
+        default:
+            return false;
     }
 }
 

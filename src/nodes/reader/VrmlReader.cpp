@@ -99,10 +99,7 @@ ProtoDefinition* VrmlReader::findProto(std::string_view name) {
 }
 
 Node* VrmlReader::findFirst(const std::string& name) const {
-    // Names stand in the tree as setName() leaves them.
-    DefNode probe;
-    probe.setName(name.c_str());
-    const auto named = m_nodesOfName.find(probe.nameText());
+    const auto named = m_nodesOfName.find(Node::storedName(name.c_str()));
     return named == m_nodesOfName.end() ? nullptr : named->second.first;
 }
 
