@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "../driver/SanitizedDriver.h"
 #include "../frame/TemporaryFolder.h"
 #include "kestrane.h"
 
@@ -222,6 +223,7 @@ int main(int argc, char** argv) {
         std::puts("there is no display");
         return 1;
     }
+    KeepLoadedDrivers();
     std::atomic<bool> stop{false};
     std::vector<std::thread> hosts;
     for (unsigned i = 0; i < 2; ++i) {
