@@ -35,7 +35,8 @@ constexpr int kTipSides = 10;
 
 constexpr float kMarkerLength = 2500.0F;
 
-constexpr int kGridLines = 101;  ///< in each direction
+constexpr int kGridLines = 101;      ///< in each direction
+constexpr float kGridReach = 50.0F;  ///< in steps, either way
 constexpr float kGridStep = 5.0F;
 constexpr int kGridEmphasis = 5;  ///< every so many lines a darker one
 
@@ -236,7 +237,7 @@ void COverlays::HideStatus(CVisView& view) noexcept {
 void COverlays::BuildGrid(CVisView& view) {
     Grid& grid = GridOf(view);
     const float step = kGridStep * view.m_navigationSpeed;
-    const float half = static_cast<float>(kGridLines / 2) * step;
+    const float half = kGridReach * step;
     for (int i = 0; i < kGridLines; ++i) {
         const float at = static_cast<float>(i) * step - half;
         const Surface* const surface = i % kGridEmphasis == 0 ? &kDarkGrey : &kLightGrey;

@@ -11,6 +11,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
@@ -27,6 +29,7 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{1};
 constexpr int kFirstPort = 6000;
+constexpr int kMostDisplays = 59535;  // the last has port 65535
 
 /// Xlib's functions, found in the copy that SDL has loaded: nothing new is linked.
 struct Xlib {
@@ -132,7 +135,12 @@ bool Answers(const char* display) {
         return true;
     }
     const std::string host = name.substr(0, colon);
-    const std::string port = std::to_string(kFirstPort + std::atoi(name.c_str() + colon + 1));
+    int number = 0;
+    std::from_chars(name.data() + colon + 1, name.data() + name.size(), number);
+    if (number < 0 || number > kMostDisplays) {
+        return false;
+    }
+    const std::string port = std::to_string(kFirstPort + number);
     const auto question = std::make_shared<Question>();
     try {
         // Names are looked up without a limit in time, so not on this thread.
