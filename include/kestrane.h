@@ -65,8 +65,8 @@
  * Display. Windows, mouse and keys live on a thread of the library's own; calls change the scene at
  * once and ask for a new picture, which that thread draws. Where there is no screen, the windows
  * exist in memory alone and can still be captured. A user who closes the window of view 1, 2 or 3
- * does what KST_HideView does; the main view stays open. If the screen is lost, the library goes on,
- * and nothing is drawn any more.
+ * does what KST_HideView does; the main view stays open. If the screen is lost, the library goes
+ * on, and nothing is drawn any more.
  *
  * Memory. Arrays and texts that a host passes are read during the call and not kept. Arrays that
  * KST_GetObject hands out are the host's, to be released with free().
@@ -248,8 +248,8 @@ KST_API int KST_Initialisation(bool visualise, bool showPanel, bool showTimeCont
 KST_API int KST_End(void);
 
 /*
- * Let the display stand still while much changes, and go on; calls do not count, one resume ends it.
- * When the first returns, no picture is being drawn. The scene can be changed and queried
+ * Let the display stand still while much changes, and go on; calls do not count, one resume ends
+ * it. When the first returns, no picture is being drawn. The scene can be changed and queried
  * meanwhile. KST_ERROR_NOT_RENDERING if there is no display, as in every headless run.
  */
 KST_API int KST_SuspendVisualisation(void);
