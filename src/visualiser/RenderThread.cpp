@@ -50,7 +50,7 @@ bool CRenderThread::Start() {
     const bool running = m_state == State::kRunning;
     lock.unlock();
     if (!running) {
-        m_thread.join();
+        Stop();
     }
     return running;
 }
@@ -61,9 +61,25 @@ void CRenderThread::Stop() noexcept {
         m_stop = true;
     }
     m_wake.notify_all();
-    if (m_thread.joinable()) {
+    if (!m_thread.joinable()) {
+        return;
+    }
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_state == State::kEnded; });
+    if (m_abandoned) {
+        m_thread.detach();
+    } else {
+        lock.unlock();
         m_thread.join();
     }
+}
+
+void CRenderThread::Abandon() noexcept {
+    const std::lock_guard lock(m_mutex);
+    m_abandoned = true;
+    m_state = State::kEnded;
+    m_standingStill = false;
+    m_changed.notify_all();
 }
 
 int CRenderThread::Pause(bool internal) noexcept {
@@ -163,7 +179,7 @@ void CRenderThread::Loop() noexcept {
         bool draw = false;
         {
             const std::lock_guard lock(m_mutex);
-            if (m_stop || mav_screenLost()) {
+            if (m_stop) {
                 return;
             }
             draw = !IsPaused() && IsFrameWanted();

@@ -28,6 +28,9 @@ class CRenderThread {
     bool Start();
     void Stop() noexcept;
 
+    /// By the thread itself, which will never go on.
+    void Abandon() noexcept;
+
     int Pause(bool internal) noexcept;
     int Resume(bool internal) noexcept;
     /// The host has suspended drawing, or nothing draws any more.
@@ -59,6 +62,7 @@ class CRenderThread {
     // All under m_mutex.
     State m_state = State::kStarting;
     bool m_stop = false;
+    bool m_abandoned = false;  ///< the thread stands still for ever
     bool m_pausedByUser = false;
     int m_pausedInternally = 0;
     bool m_standingStill = false;

@@ -11,6 +11,7 @@
 #include "model/ViewMotion.h"
 #include "platform/maverik/Windows.h"
 #include "visualiser/Display.h"
+#include "visualiser/FrameMutex.h"
 #include "visualiser/RenderThread.h"
 #include "visualiser/VisView.h"
 
@@ -109,7 +110,7 @@ class CVisualiser : public CDisplay {
         explicit FrameLock(CVisualiser& visualiser) : m_lock(visualiser.m_frameLock) {}
 
       private:
-        std::lock_guard<std::recursive_mutex> m_lock;
+        std::lock_guard<CFrameMutex> m_lock;
     };
 
     // ---- For the render thread ----
@@ -117,6 +118,8 @@ class CVisualiser : public CDisplay {
     /// can be had.
     bool OpenDisplay();
     void DrawFrame();
+    /// The screen is lost, and the render thread stands still where it is.
+    void Abandon() noexcept;
     void CloseDisplay() noexcept;
     void CloseWindow(CVisView& view) noexcept;
     /// The user has asked the window system to close the view's window.
@@ -135,7 +138,7 @@ class CVisualiser : public CDisplay {
     /// Asks for a frame and waits for it. KST_OK or KST_ERROR_NOT_RENDERING.
     int WaitForWork() noexcept;
 
-    mutable std::recursive_mutex m_frameLock;
+    mutable CFrameMutex m_frameLock;
     std::vector<Work> m_work;
     /// Runs after the frame is drawn, without the frame lock.
     std::vector<Work> m_workAfterFrame;

@@ -70,8 +70,14 @@ void ApplyWindowSettings(CVisView& view) noexcept {
     mav_windowFogSet(window, 1, view.m_fogStart, view.m_fogStart + kFogDepth, -1, -1, -1);
 }
 
+void CVisualiser::Abandon() noexcept {
+    m_frameLock.Abandon();
+    m_thread.Abandon();
+}
+
 bool CVisualiser::OpenDisplay() {
     running = this;
+    mav_callbackScreenLostSet([]() noexcept { running->Abandon(); });
     CVisView& main = *g_views[0];
     {
         const std::lock_guard lock(m_frameLock);
@@ -174,7 +180,7 @@ void CVisualiser::WindowClosedByUser(CVisView& view) noexcept {
 
 void CVisualiser::SaveWindowPlacements() noexcept {
     for (CVisView* view : g_views) {
-        if (view->m_window == nullptr || mav_screenLost()) {
+        if (view->m_window == nullptr) {
             continue;
         }
         view->m_maximized = mav_gfxWindowIsMaximized(view->m_window);

@@ -1,8 +1,12 @@
+#include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
+#include <string>
 #include <thread>
 
 #include "Shown.h"
@@ -59,18 +63,15 @@ TEST(Display, AnIdleDisplayTakesNoTimeOfTheProcessor) {
     EXPECT_LT(share, 0.05);
 }
 
-/// In a process of its own: which display there is, is asked once a start, but drivers are not
-/// unloaded.
+/// In a process of its own, that begins anew: drivers do not outlive a fork.
 template <class Body>
-int InAnotherProcess(Body&& body) {
-    const pid_t child = fork();
-    if (child == 0) {
+void ExpectSuccessInAnotherProcess(Body&& body) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto run = [&body] {
         alarm(20);
-        _exit(body());
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        std::exit(body());
+    };
+    EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST(Display, WithoutAnyTheLibraryRunsHeadless) {
@@ -89,7 +90,96 @@ TEST(Display, WithoutAnyTheLibraryRunsHeadless) {
                            KST_CreateGroup(&group, 0, true, nullptr, false) == KST_OK;
         return works && KST_End() == KST_OK ? 0 : 3;
     };
-    EXPECT_EQ(0, InAnotherProcess(headless));
+    ExpectSuccessInAnotherProcess(headless);
+}
+
+/// An X server of its own, without a window manager.
+class XServer {
+  public:
+    XServer() {
+        int ends[2];
+        if (pipe(ends) != 0) {
+            return;
+        }
+        m_process = fork();
+        if (m_process == 0) {
+            const std::string end = std::to_string(ends[1]);
+            // Goes with this process, whatever ends it, and keeps nothing of its output open.
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            const int nowhere = open("/dev/null", O_WRONLY);
+            dup2(nowhere, STDOUT_FILENO);
+            dup2(nowhere, STDERR_FILENO);
+            execlp("Xvfb", "Xvfb", "-displayfd", end.c_str(), "-nolisten", "tcp", nullptr);
+            _exit(1);
+        }
+        close(ends[1]);
+        // The number comes in pieces, and ends with the line.
+        m_display = ":";
+        for (char digit = 0; read(ends[0], &digit, 1) == 1 && digit != '\n';) {
+            m_display += digit;
+        }
+        close(ends[0]);
+    }
+    ~XServer() { Kill(); }
+    XServer(const XServer&) = delete;
+    XServer& operator=(const XServer&) = delete;
+
+    const std::string& Display() const { return m_display; }
+    void Kill() {
+        if (m_process > 0) {
+            kill(m_process, SIGKILL);
+            waitpid(m_process, nullptr, 0);
+            m_process = -1;
+        }
+    }
+
+  private:
+    pid_t m_process = -1;
+    std::string m_display;
+};
+
+TEST(Display, ALostScreenEndsTheDisplayAndNothingElse) {
+    const auto lose = [] {
+        XServer server;
+        unsetenv("SDL_VIDEODRIVER");
+        unsetenv("WAYLAND_DISPLAY");
+        unsetenv("XAUTHORITY");
+        setenv("DISPLAY", server.Display().c_str(), 1);
+        int group = -1;
+        int box = -1;
+        if (KST_Initialisation(true, false, false) != KST_OK ||
+            KST_ShowView(1, nullptr) != KST_OK ||
+            KST_CreateGroup(&group, 0, true, nullptr, false) != KST_OK ||
+            KST_CreateBox(group, 1, 1, 1, 0, 0, 0, &box, nullptr) != KST_OK) {
+            return 1;
+        }
+        server.Kill();
+        // Until the loss is noticed pictures may still be drawn, but nobody waits for one for ever.
+        bool noticed = false;
+        for (int i = 0; i < 500 && !noticed; ++i) {
+            KST_SetObjectPosition(box, static_cast<float>(i), 0, 0);
+            KST_ScreenCapture(1, "/dev/null");
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            noticed = KST_ResumeVisualisation() == KST_ERROR_NOT_RENDERING;
+        }
+        if (!noticed) {
+            return 2;
+        }
+        int count = 0;
+        const bool goesOn = KST_SetObjectColor(box, 1, 1, 0, 1, 0) == KST_OK &&
+                            KST_ShowView(2, nullptr) == KST_ERROR_NOT_RENDERING &&
+                            KST_CheckPointCollision(group, 0, 0, 0, true, &count) == KST_OK &&
+                            KST_EmptyGroup(group) == KST_OK && KST_End() == KST_OK;
+        if (!goesOn) {
+            return 3;
+        }
+        // What the driver had locked stays so: from now on there is no display in this process.
+        return KST_Initialisation(true, false, false) == KST_OK &&
+                       KST_ResumeVisualisation() == KST_ERROR_NOT_RENDERING && KST_End() == KST_OK
+                   ? 0
+                   : 4;
+    };
+    ExpectSuccessInAnotherProcess(lose);
 }
 
 TEST(Display, WithoutAScreenWindowsExistInMemory) {
@@ -102,7 +192,7 @@ TEST(Display, WithoutAScreenWindowsExistInMemory) {
                            KST_ScreenCapture(1, "/dev/null") == KST_OK && KST_End() == KST_OK;
         return works ? 0 : 1;
     };
-    EXPECT_EQ(0, InAnotherProcess(inMemory));
+    ExpectSuccessInAnotherProcess(inMemory);
 }
 
 }  // namespace

@@ -195,11 +195,8 @@ void ReleaseHeld(MAV_window& window) {
 }
 
 void mav_eventsCheck(bool discard) {
-    if (mav_screenLost()) {
-        return;
-    }
     SDL_Event event;
-    while (!mav_screenLost() && SDL_PollEvent(&event) != 0) {
+    while (SDL_PollEvent(&event) != 0) {
         if (event.type == SDL_WINDOWEVENT) {
             OnWindow(event.window);
             continue;

@@ -135,9 +135,6 @@ void mav_stringDisplayRight(MAV_window* window, const char* text, int colour, in
 }
 
 void mav_frameEnd() {
-    if (mav_screenLost()) {
-        return;
-    }
     WindowSystem& system = *windowSystem;
     const auto now = std::chrono::steady_clock::now();
     const bool still = system.isStillNext || (!IsMoving() && now - system.lastFrame > kMovement);
@@ -164,8 +161,7 @@ bool mav_frameRefinable() noexcept {
 
 std::shared_ptr<const MAV_image> mav_windowImage(MAV_window* window) {
     WindowState& state = *window->state;
-    if (!state.isDrawn || mav_screenLost() ||
-        SDL_GL_MakeCurrent(state.sdl, windowSystem->context) != 0) {
+    if (!state.isDrawn || SDL_GL_MakeCurrent(state.sdl, windowSystem->context) != 0) {
         return nullptr;
     }
     try {

@@ -28,15 +28,18 @@ namespace screen {
 namespace {
 
 constexpr std::chrono::seconds kPatience{1};
+/// So often at the most one thread has locked a connection; unlocking it too often does no harm.
+constexpr int kMostLocks = 8;
 constexpr int kFirstPort = 6000;
 constexpr int kMostDisplays = 59535;  // the last has port 65535
 
 /// Xlib's functions, found in the copy that SDL has loaded: nothing new is linked.
 struct Xlib {
     using ErrorHandler = int (*)(Display*, XErrorEvent*);
-    using ExitHandler = void (*)(Display*, void*);
+    using LossHandler = int (*)(Display*);
     ErrorHandler (*setErrorHandler)(ErrorHandler) = nullptr;
-    void (*setExitHandler)(Display*, ExitHandler, void*) = nullptr;
+    LossHandler (*setLossHandler)(LossHandler) = nullptr;
+    void (*unlockDisplay)(Display*) = nullptr;
 
     Xlib() {
         void* const library = dlopen("libX11.so.6", RTLD_LAZY | RTLD_NOLOAD);
@@ -45,8 +48,9 @@ struct Xlib {
         }
         setErrorHandler =
             reinterpret_cast<ErrorHandler (*)(ErrorHandler)>(dlsym(library, "XSetErrorHandler"));
-        setExitHandler = reinterpret_cast<void (*)(Display*, ExitHandler, void*)>(
-            dlsym(library, "XSetIOErrorExitHandler"));
+        setLossHandler =
+            reinterpret_cast<LossHandler (*)(LossHandler)>(dlsym(library, "XSetIOErrorHandler"));
+        unlockDisplay = reinterpret_cast<void (*)(Display*)>(dlsym(library, "XUnlockDisplay"));
         dlclose(library);
     }
 };
@@ -54,7 +58,11 @@ struct Xlib {
 std::atomic<bool> lost{false};
 std::atomic<Display*> watched{nullptr};
 Xlib::ErrorHandler former = nullptr;
+Xlib::LossHandler formerOfLoss = nullptr;
+void (*tellLoss)() noexcept = nullptr;
 bool isHandling = false;
+/// SDL has several connections; they have in common the thread that uses them.
+thread_local bool isWatched = false;
 
 int PassOver(Display* display, XErrorEvent* event) {
     if (display == watched.load()) {
@@ -63,8 +71,20 @@ int PassOver(Display* display, XErrorEvent* event) {
     return former == nullptr ? 0 : former(display, event);
 }
 
-void NoteLoss(Display* /*display*/, void* /*unused*/) {
+int StandStill(Display* display) {
+    if (!isWatched) {
+        return formerOfLoss == nullptr ? 0 : formerOfLoss(display);
+    }
     lost = true;
+    // The end of the process takes this lock once more, and may not wait for it.
+    const Xlib xlib;
+    for (int level = 0; level < kMostLocks && xlib.unlockDisplay != nullptr; ++level) {
+        xlib.unlockDisplay(display);
+    }
+    tellLoss();
+    for (;;) {
+        pause();
+    }
 }
 
 Display* DisplayOf(SDL_Window* window, Window* handle) {
@@ -159,21 +179,21 @@ bool Answers(const char* display) {
     return question->answer;
 }
 
-void Watch(SDL_Window* window) noexcept {
-    lost = false;
+void Watch(SDL_Window* window, void (*onLoss)() noexcept) noexcept {
     Display* const display = DisplayOf(window, nullptr);
     if (display == nullptr) {
         return;
     }
     const Xlib xlib;
+    if (xlib.setErrorHandler == nullptr || xlib.setLossHandler == nullptr) {
+        return;
+    }
     watched = display;
-    if (xlib.setExitHandler != nullptr) {
-        xlib.setExitHandler(display, NoteLoss, nullptr);
-    }
-    if (xlib.setErrorHandler != nullptr) {
-        former = xlib.setErrorHandler(PassOver);
-        isHandling = true;
-    }
+    tellLoss = onLoss;
+    isWatched = true;
+    former = xlib.setErrorHandler(PassOver);
+    formerOfLoss = xlib.setLossHandler(StandStill);
+    isHandling = true;
 }
 
 void Forget() noexcept {
@@ -185,14 +205,19 @@ void Restore() noexcept {
         return;
     }
     isHandling = false;
+    isWatched = false;
     const Xlib xlib;
-    if (xlib.setErrorHandler == nullptr) {
+    if (xlib.setErrorHandler == nullptr || xlib.setLossHandler == nullptr) {
         return;
     }
     // A host that has set one of its own meanwhile keeps it.
     const Xlib::ErrorHandler present = xlib.setErrorHandler(former);
     if (present != PassOver) {
         xlib.setErrorHandler(present);
+    }
+    const Xlib::LossHandler presentOfLoss = xlib.setLossHandler(formerOfLoss);
+    if (presentOfLoss != StandStill) {
+        xlib.setLossHandler(presentOfLoss);
     }
 }
 
@@ -216,7 +241,7 @@ bool Answers(const char* /*display*/) {
     return true;
 }
 
-void Watch(SDL_Window* /*window*/) noexcept {}
+void Watch(SDL_Window* /*window*/, void (* /*onLoss*/)() noexcept) noexcept {}
 
 void Forget() noexcept {}
 

@@ -14,12 +14,15 @@ namespace screen {
 /// in a network.
 bool Answers(const char* display);
 
-/// From now on errors on the connection of this window end nothing; a loss is noted.
-void Watch(SDL_Window* window) noexcept;
+/// From now on errors on the connection of this window end nothing. If the connection is lost,
+/// `onLoss` is called and the calling thread, which must be the one that uses the connection,
+/// stands still for ever: Xlib ends the process as soon as it is given back control.
+void Watch(SDL_Window* window, void (*onLoss)() noexcept) noexcept;
 /// The connection is about to be closed.
 void Forget() noexcept;
 /// After Forget: the process's handlers are what they were before Watch.
 void Restore() noexcept;
+/// A connection has been lost. That cannot be mended: what SDL and the driver had locked stays so.
 bool IsLost() noexcept;
 
 /// 0 where the window has none.

@@ -22,6 +22,8 @@ constexpr std::chrono::milliseconds kFrameSizePause{4};
 
 MAV_window allWindows;
 
+void (*onScreenLost)() noexcept = nullptr;
+
 /// SDL is given back only as far as this library has asked for it.
 bool holdsSdl = false;
 
@@ -161,6 +163,15 @@ void AwaitFrameSizes(SDL_Window* sdl) {
     }
 }
 
+/// The screen is gone, and this thread stands still where it is: nothing of the system can be given
+/// back any more.
+void LoseSystem() noexcept {
+    [[maybe_unused]] static WindowSystem* const lost = windowSystem.release();
+    if (onScreenLost != nullptr) {
+        onScreenLost();
+    }
+}
+
 bool Start(const std::string& driver, const char* title) {
     SetHints(driver);
     if (SDL_InitSubSystem(SDL_INIT_VIDEO | SDL_INIT_EVENTS) != 0) {
@@ -179,7 +190,7 @@ bool Start(const std::string& driver, const char* title) {
         SDL_DestroyWindow(sdl);
         return false;
     }
-    screen::Watch(sdl);
+    screen::Watch(sdl, LoseSystem);
     windowSystem->palette = std::make_unique<MAV_palette>(mav_opt_maxMaterials, mav_opt_maxLights);
     mav_win_current = AddWindow(sdl);
     windowSystem->renderer = std::make_unique<Renderer>();
@@ -206,6 +217,9 @@ int mav_opt_maxLights = 8;
 int mav_opt_output = 0;
 
 MAV_start mav_initialise(int* /*argc*/, char** argv) {
+    if (mav_screenLost()) {
+        return MAV_start::kNone;
+    }
     for (const std::string& driver : Drivers()) {
         try {
             if (Start(driver, argv[0])) {
@@ -225,6 +239,9 @@ MAV_start mav_initialise(int* /*argc*/, char** argv) {
 }
 
 void mav_shutdown() noexcept {
+    if (mav_screenLost()) {
+        return;
+    }
     TearDown();
     QuitSdl();
 #if SDL_VERSION_ATLEAST(2, 0, 16)
@@ -238,10 +255,11 @@ bool mav_screenLost() noexcept {
     return screen::IsLost();
 }
 
+void mav_callbackScreenLostSet(void (*function)() noexcept) noexcept {
+    onScreenLost = function;
+}
+
 MAV_window* mav_windowNew(int x, int y, int width, int height, const char* title) {
-    if (mav_screenLost()) {
-        return nullptr;
-    }
     SDL_Window* const sdl = OpenSdlWindow(x, y, width, height, title);
     if (sdl == nullptr) {
         return nullptr;

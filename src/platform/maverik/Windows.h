@@ -60,9 +60,12 @@ enum class MAV_start {
 MAV_start mav_initialise(int* argc, char** argv);
 /// Closes all windows and gives everything back.
 void mav_shutdown() noexcept;
-/// The connection to the screen is gone: nothing is shown any more, all calls do nothing, and
-/// mav_shutdown is all that is left to do. The process goes on.
+/// The connection to the screen is gone. The render thread stands still for ever, and no system
+/// starts in this process any more; all else goes on. May be called from any thread.
 bool mav_screenLost() noexcept;
+/// Called once on the render thread, out of whatever it does, before it stands still: it must give
+/// back the locks that it holds, and let nobody wait for it. Stays over starts; null for none.
+void mav_callbackScreenLostSet(void (*function)() noexcept) noexcept;
 
 /// A further window; null if it cannot be had. `x`, `y`, `width`, `height` as mav_opt_x and so on.
 MAV_window* mav_windowNew(int x, int y, int width, int height, const char* title);
