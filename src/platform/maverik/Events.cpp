@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <utility>
@@ -176,13 +177,12 @@ void OnWindow(const SDL_WindowEvent& event) {
 /// Takes the entries of this window out, and tells of their release.
 template <class TellOf>
 void Release(std::map<int, MAV_window*>& held, MAV_window& window, TellOf&& tell) {
-    for (auto it = held.begin(); it != held.end();) {
-        if (it->second != &window) {
-            ++it;
-            continue;
-        }
+    const auto isInWindow = [&window](const auto& entry) { return entry.second == &window; };
+    // Whoever is told may change what is held.
+    for (auto it = std::find_if(held.begin(), held.end(), isInWindow); it != held.end();
+         it = std::find_if(held.begin(), held.end(), isInWindow)) {
         const int what = it->first;
-        it = held.erase(it);
+        held.erase(it);
         tell(&window, what, kReleased);
     }
 }

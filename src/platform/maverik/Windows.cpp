@@ -24,6 +24,10 @@ MAV_window allWindows;
 
 void (*onScreenLost)() noexcept = nullptr;
 
+/// What is set for this library alone, and is not to stay for a host that uses SDL later.
+constexpr const char* kHints[] = {SDL_HINT_NO_SIGNAL_HANDLERS, SDL_HINT_VIDEO_ALLOW_SCREENSAVER,
+                                  SDL_HINT_QUIT_ON_LAST_WINDOW_CLOSE, SDL_HINT_VIDEODRIVER};
+
 /// SDL is given back only as far as this library has asked for it.
 bool holdsSdl = false;
 
@@ -105,6 +109,11 @@ void QuitSdl() noexcept {
         SDL_QuitSubSystem(SDL_INIT_VIDEO | SDL_INIT_EVENTS);
         holdsSdl = false;
     }
+#if SDL_VERSION_ATLEAST(2, 24, 0)
+    for (const char* hint : kHints) {
+        SDL_ResetHint(hint);
+    }
+#endif
 }
 
 void SetHints(const std::string& driver) {
