@@ -73,10 +73,9 @@ SDL_Window* OpenSdlWindow(int x, int y, int width, int height, const char* title
 MAV_window* AddWindow(SDL_Window* sdl) {
     try {
         auto window = std::make_unique<MAV_window>();
-        auto state = std::make_unique<WindowState>(sdl);
+        window->state = std::make_unique<WindowState>(sdl);
         window->id = windowSystem->nextId++;
         windowSystem->windows.push_back(std::move(window));
-        windowSystem->windows.back()->state = state.release();
     } catch (...) {
         SDL_DestroyWindow(sdl);
         throw;
@@ -212,6 +211,9 @@ bool Start(const std::string& driver, const char* title) {
 
 }  // namespace
 
+MAV_window::MAV_window() = default;
+MAV_window::~MAV_window() = default;
+
 MAV_window* const mav_win_all = &allWindows;
 MAV_window* mav_win_current = nullptr;
 MAV_palette* mav_palette_default = nullptr;
@@ -293,7 +295,6 @@ void mav_windowDelete(MAV_window* window) noexcept {
     }
     SDL_Window* const sdl = window->state->sdl;
     SDL_GL_MakeCurrent(sdl, system.context);
-    delete window->state;
     const auto it = std::find_if(system.windows.begin(), system.windows.end(),
                                  [window](const auto& w) { return w.get() == window; });
     system.windows.erase(it);

@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,10 @@ struct MAV_window {
     int height = 1;
     /// The user's slot.
     void* user = nullptr;
-    WindowState* state = nullptr;
+    std::unique_ptr<WindowState> state;
+
+    MAV_window();
+    ~MAV_window();
 };
 
 /// Stands for all windows, those that come later included, where callbacks are set.
