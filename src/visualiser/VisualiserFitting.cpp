@@ -5,7 +5,6 @@
 #include <array>
 #include <cmath>
 #include <optional>
-#include <utility>
 
 #include "visualiser/Overlays.h"
 #include "visualiser/Visualiser.h"
@@ -29,26 +28,11 @@ struct Ball {
 
 /// Around the box around all objects of the list; none if nothing in it has an extent.
 std::optional<Ball> BallAround(const MAV_SMS& sms) {
-    std::optional<std::pair<MAV_vector, MAV_vector>> all;
-    for (const MAV_object* object : sms.objects) {
-        MAV_vector low;
-        MAV_vector high;
-        if (!mav_objectBox(object, low, high)) {
-            continue;
-        }
-        if (!all) {
-            all.emplace(low, high);
-            continue;
-        }
-        for (float MAV_vector::*axis : {&MAV_vector::x, &MAV_vector::y, &MAV_vector::z}) {
-            all->first.*axis = std::min(all->first.*axis, low.*axis);
-            all->second.*axis = std::max(all->second.*axis, high.*axis);
-        }
-    }
-    if (!all) {
+    MAV_vector low;
+    MAV_vector high;
+    if (!mav_SMSBox(&sms, low, high)) {
         return std::nullopt;
     }
-    const auto& [low, high] = *all;
     const MAV_vector half = mav_vectorScalar(mav_vectorSub(high, low), 0.5F);
     const float radius = std::hypot(half.x, half.y, half.z);
     if (!(radius > 0) || !std::isfinite(radius)) {

@@ -292,3 +292,24 @@ bool mav_objectBox(const MAV_object* object, MAV_vector& low, MAV_vector& high) 
     high = toFloat(box.high);
     return true;
 }
+
+bool mav_SMSBox(const MAV_SMS* sms, MAV_vector& low, MAV_vector& high) noexcept {
+    bool isEmpty = true;
+    for (const MAV_object* object : sms->objects) {
+        MAV_vector l;
+        MAV_vector h;
+        if (!mav_objectBox(object, l, h)) {
+            continue;
+        }
+        if (isEmpty) {
+            low = l;
+            high = h;
+            isEmpty = false;
+        }
+        for (float MAV_vector::*axis : {&MAV_vector::x, &MAV_vector::y, &MAV_vector::z}) {
+            low.*axis = std::min(low.*axis, l.*axis);
+            high.*axis = std::max(high.*axis, h.*axis);
+        }
+    }
+    return !isEmpty;
+}

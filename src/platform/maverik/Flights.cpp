@@ -10,29 +10,6 @@ using Clock = std::chrono::steady_clock;
 constexpr float kRadians = 0.017453292F;  // of a degree
 constexpr float kUsualTime = 1;
 
-/// Grows around what is to be seen.
-struct Box {
-    MAV_vector low = {0, 0, 0};
-    MAV_vector high = {0, 0, 0};
-    bool isEmpty = true;
-
-    void Add(const MAV_object* object) {
-        MAV_vector l;
-        MAV_vector h;
-        if (!mav_objectBox(object, l, h)) {
-            return;
-        }
-        if (isEmpty) {
-            *this = {l, h, false};
-            return;
-        }
-        for (float MAV_vector::*axis : {&MAV_vector::x, &MAV_vector::y, &MAV_vector::z}) {
-            low.*axis = std::min(low.*axis, l.*axis);
-            high.*axis = std::max(high.*axis, h.*axis);
-        }
-    }
-};
-
 /// How far before the middle of the box the eye has to be, to see all its corners.
 float DistanceFor(const CameraFrame& camera, const WindowProjection& p, const MAV_vector& half,
                   float size) {
@@ -52,14 +29,16 @@ float DistanceFor(const CameraFrame& camera, const WindowProjection& p, const MA
     return distance;
 }
 
-bool FlyTo(MAV_window& window, const Box& box, float size, float time) {
+/// To where the box between `low` and `high` is seen.
+bool FlyTo(MAV_window& window, const MAV_vector& low, const MAV_vector& high, float size,
+           float time) {
     WindowState& state = *window.state;
-    if (box.isEmpty || state.params == nullptr) {
+    if (state.params == nullptr) {
         return false;
     }
     const CameraFrame camera = CameraOf(window);
-    const MAV_vector half = mav_vectorScalar(mav_vectorSub(box.high, box.low), 0.5F);
-    const MAV_vector centre = mav_vectorAdd(box.low, half);
+    const MAV_vector half = mav_vectorScalar(mav_vectorSub(high, low), 0.5F);
+    const MAV_vector centre = mav_vectorAdd(low, half);
     // An orthogonal view sees as much from everywhere: it only moves across.
     const float distance =
         state.projection.orthogonal
@@ -78,17 +57,15 @@ bool FlyTo(MAV_window& window, const Box& box, float size, float time) {
 
 bool mav_viewParamsAnimateToObject(MAV_window* window, const MAV_object* object, float size,
                                    float time) {
-    Box box;
-    box.Add(object);
-    return FlyTo(*window, box, size, time);
+    MAV_vector low;
+    MAV_vector high;
+    return mav_objectBox(object, low, high) && FlyTo(*window, low, high, size, time);
 }
 
 bool mav_viewParamsAnimateToSMS(MAV_window* window, const MAV_SMS* sms, float size, float time) {
-    Box box;
-    for (const MAV_object* object : sms->objects) {
-        box.Add(object);
-    }
-    return FlyTo(*window, box, size, time);
+    MAV_vector low;
+    MAV_vector high;
+    return mav_SMSBox(sms, low, high) && FlyTo(*window, low, high, size, time);
 }
 
 void mav_viewParamsAnimateStop(MAV_window* window) noexcept {

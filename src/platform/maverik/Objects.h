@@ -65,3 +65,6 @@ MAV_bounds mav_objectBounds(const MAV_object* object) noexcept;
 /// The box along the axes around the object in the world. False, and nothing written, where
 /// mav_objectBounds has a radius below 0.
 bool mav_objectBox(const MAV_object* object, MAV_vector& low, MAV_vector& high) noexcept;
+/// The box around the boxes of all objects of the list. False, and nothing written, where none has
+/// one.
+bool mav_SMSBox(const MAV_SMS* sms, MAV_vector& low, MAV_vector& high) noexcept;
