@@ -69,14 +69,15 @@ MAV_matrix ProjectionMatrix(const WindowProjection& p) {
              s(2 * f * n / (n - f)), 0, 0, -1, 0}};
 }
 
-/// The point at right and up shares (-1 to 1) of the picture, at a distance from the eye's plane.
-MAV_vector PointInView(const MAV_window& window, float right, float up, float distance) {
+/// From the eye to the point at right and up shares (-1 to 1) of the picture, at a distance from
+/// the eye's plane.
+MAV_vector WayInView(const MAV_window& window, float right, float up, float distance) {
     const CameraFrame& c = window.state->camera;
     const WindowProjection& p = window.state->projection;
     const float half = HalfHeight(p, distance);
-    MAV_vector point = mav_vectorAdd(c.eye, mav_vectorScalar(c.view, distance));
-    point = mav_vectorAdd(point, mav_vectorScalar(c.right, right * half * p.aspect));
-    return mav_vectorAdd(point, mav_vectorScalar(c.up, up * half));
+    const MAV_vector across = mav_vectorAdd(mav_vectorScalar(c.right, right * half * p.aspect),
+                                            mav_vectorScalar(c.up, up * half));
+    return mav_vectorAdd(mav_vectorScalar(c.view, distance), across);
 }
 
 }  // namespace
@@ -170,8 +171,10 @@ void BeginViews() {
 
 void mav_gfxUnProject(const MAV_window* window, float x, float y, float distance, float* wx,
                       float* wy, float* wz) noexcept {
-    const MAV_vector point = PointInView(*window, 2 * x / static_cast<float>(window->width) - 1,
-                                         2 * y / static_cast<float>(window->height) - 1, distance);
+    const float right = 2 * x / static_cast<float>(window->width) - 1;
+    const float up = 2 * y / static_cast<float>(window->height) - 1;
+    const MAV_vector point =
+        mav_vectorAdd(window->state->camera.eye, WayInView(*window, right, up, distance));
     *wx = point.x;
     *wy = point.y;
     *wz = point.z;
@@ -193,11 +196,10 @@ void mav_mouseRay(const MAV_window* window, MAV_vector* pos, MAV_vector* dir) no
     // Through the middle of the pixel.
     const float right = (2 * static_cast<float>(x) + 1) / static_cast<float>(window->width) - 1;
     const float up = 1 - (2 * static_cast<float>(y) + 1) / static_cast<float>(window->height);
-    *pos = PointInView(*window, right, up, state.projection.nearest);
-    *dir = state.projection.orthogonal
-               ? state.camera.view
-               : Direction(mav_vectorSub(PointInView(*window, right, up, 1), state.camera.eye),
-                           state.camera.view);
+    const MAV_vector way = WayInView(*window, right, up, state.projection.nearest);
+    *pos = mav_vectorAdd(state.camera.eye, way);
+    // Not from one point to the other: far from the origin those have lost the digits of the way.
+    *dir = state.projection.orthogonal ? state.camera.view : Direction(way, state.camera.view);
 }
 
 void UpdateMouseRay() noexcept {
