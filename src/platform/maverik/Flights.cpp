@@ -9,6 +9,11 @@ using Clock = std::chrono::steady_clock;
 
 constexpr float kRadians = 0.017453292F;  // of a degree
 constexpr float kUsualTime = 1;
+constexpr float kLongestTime = 60;
+
+bool IsFinite(const MAV_vector& v) {
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
 
 /// How far before the middle of the box the eye has to be, to see all its corners.
 float DistanceFor(const CameraFrame& camera, const WindowProjection& p, const MAV_vector& half,
@@ -33,7 +38,7 @@ float DistanceFor(const CameraFrame& camera, const WindowProjection& p, const MA
 bool FlyTo(MAV_window& window, const MAV_vector& low, const MAV_vector& high, float size,
            float time) {
     WindowState& state = *window.state;
-    if (state.params == nullptr) {
+    if (state.params == nullptr || !(size > 0)) {
         return false;
     }
     const CameraFrame camera = CameraOf(window);
@@ -45,11 +50,36 @@ bool FlyTo(MAV_window& window, const MAV_vector& low, const MAV_vector& high, fl
             ? mav_vectorDotProduct(mav_vectorSub(centre, camera.eye), camera.view)
             : DistanceFor(camera, state.projection, half, size);
     const MAV_vector to = mav_vectorSub(centre, mav_vectorScalar(camera.view, distance));
-    if (!std::isfinite(to.x + to.y + to.z)) {
+    if (!IsFinite(to)) {
         return false;
     }
-    const float seconds = time >= 0 ? time : kUsualTime;
-    state.flight = {camera.eye, to, Clock::now(), std::chrono::duration<double>(seconds)};
+    if (!IsFinite(state.params->eye)) {
+        state.params->eye = camera.eye;
+    }
+    const bool isTime = time >= 0 && std::isfinite(time);
+    const float seconds = isTime ? std::min(time, kLongestTime) : kUsualTime;
+    state.flight = {camera.eye,         to,           state.params->eye,
+                    state.params->view, Clock::now(), std::chrono::duration<double>(seconds)};
+    return true;
+}
+
+/// False when the flight is over.
+bool Advance(Flight& flight, MAV_viewParams* params) noexcept {
+    if (params == nullptr || params->eye != flight.eye || params->view != flight.view) {
+        // Somebody else has moved the camera, and wants it where it is.
+        return false;
+    }
+    const std::chrono::duration<double> passed = Clock::now() - flight.begin;
+    if (passed >= flight.duration) {
+        params->eye = flight.to;
+        return false;
+    }
+    // Slow at both ends.
+    const double t = passed / flight.duration;
+    const auto share = static_cast<float>(t * t * (3 - 2 * t));
+    flight.eye =
+        mav_vectorAdd(flight.from, mav_vectorScalar(mav_vectorSub(flight.to, flight.from), share));
+    params->eye = flight.eye;
     return true;
 }
 
@@ -80,20 +110,8 @@ bool mav_viewParamsAnimating() noexcept {
 void AdvanceFlights() noexcept {
     for (const auto& window : windowSystem->windows) {
         WindowState& state = *window->state;
-        if (!state.flight) {
-            continue;
-        }
-        const Flight& flight = *state.flight;
-        const std::chrono::duration<double> passed = Clock::now() - flight.begin;
-        if (passed >= flight.duration) {
-            state.params->eye = flight.to;
+        if (state.flight && !Advance(*state.flight, state.params)) {
             state.flight.reset();
-            continue;
         }
-        // Slow at both ends.
-        const double t = passed / flight.duration;
-        const auto share = static_cast<float>(t * t * (3 - 2 * t));
-        state.params->eye = mav_vectorAdd(
-            flight.from, mav_vectorScalar(mav_vectorSub(flight.to, flight.from), share));
     }
 }

@@ -31,6 +31,7 @@ struct CameraFrame {
 /// A camera on its way from one place to another.
 struct Flight {
     MAV_vector from, to;
+    MAV_vector eye, view;  ///< of the camera when the flight last looked
     std::chrono::steady_clock::time_point begin;
     std::chrono::duration<double> duration;
 };

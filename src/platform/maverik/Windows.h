@@ -112,9 +112,10 @@ void mav_windowFogSet(MAV_window* window, int mode, float start, float end, floa
 // ---- Frames ----
 
 /// Functions that run with each frame, list 0 first, each in the order of its adding, until they
-/// are removed; functions may add and remove any, themselves included. Add and remove may be called
-/// from any thread. The pair of function and argument is the entry; a second equal one is added
-/// too, and a removal takes the oldest.
+/// are removed; functions may add and remove any, themselves included. One that is added while its
+/// list runs has its turn with the next frame. Add and remove may be called from any thread. The
+/// pair of function and argument is the entry; a second equal one is added too, and a removal takes
+/// the oldest.
 ///
 /// List 0 and list 1 run before the cameras are read; list 2 after it, when mav_gfxUnProject and
 /// mav_mouse_pos have the frame's view.
@@ -222,9 +223,11 @@ MAV_matrix mav_windowViewMatrix(const MAV_window* window) noexcept;
 // ---- Cameras in flight ----
 
 /// Flies the window's camera within `time` seconds to where it sees the object (or all objects of
-/// the list) whole, looking the same way. `size` 1.0: as large as it fits; 0.5: half of that. A
-/// time below 0 takes 1 s. Replaces a flight that is on its way in that window. Returns false, and
-/// nothing happens, where there is nothing to see.
+/// the list) whole, looking the same way. `size` 1.0: as large as it fits; 0.5: half of that. An
+/// orthogonal view, which sees as much from everywhere, only moves across. A time below 0 or not
+/// finite takes 1 s, one above 60 takes 60 s. Replaces a flight that is on its way in that window;
+/// ends early, where it is, when somebody else changes the camera. Returns false, and nothing
+/// happens, where there is nothing to see or the size is not above 0.
 bool mav_viewParamsAnimateToObject(MAV_window* window, const MAV_object* object, float size,
                                    float time);
 bool mav_viewParamsAnimateToSMS(MAV_window* window, const MAV_SMS* sms, float size, float time);
