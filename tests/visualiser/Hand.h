@@ -45,6 +45,8 @@ class Hand {
         event.motion.y = y;
         SDL_PushEvent(&event);
     }
+    /// On a screen: also out of the window.
+    static void MoveAcross(int dx) { XDo("mousemove_relative -- " + std::to_string(dx) + " 0"); }
     void Move(int dx, int dy) { MoveTo(m_x + dx, m_y + dy); }
 
     void Press(Button button) const { GiveButton(button, true); }

@@ -161,6 +161,24 @@ TEST_F(Navigated, LookingAroundFollowsTheMouseAndLeavesTheEye) {
     Move(-30, 0);
     Move(0, 20);
     ExpectNear({0, -std::sin(20 * radians), -std::cos(20 * radians)}, direction());
+    if (Hand::OnScreen()) {
+        // Also out of the window; and at the edge of the screen it goes on at the other side.
+        const auto place = [] { return Locked([] { return mav_mouse_root_x; }); };
+        int last = 0, height = 0;
+        Locked([&] { return mav_gfxWindowResGet(View(0).m_window, &last, &height), 0; });
+        --last;
+        int turned = 0;
+        for (const auto& [step, end] :
+             {std::pair(last - place(), 0), {30, 30}, {-30, last}, {-40, last - 40}}) {
+            Hand::MoveAcross(step);
+            Settle();
+            turned += step;
+            EXPECT_EQ(end, place());
+            const float yaw = static_cast<float>(turned) * radians, c = std::cos(20 * radians);
+            ExpectNear({c * std::sin(yaw), -std::sin(20 * radians), -c * std::cos(yaw)},
+                       direction());
+        }
+    }
     ExpectNear({0, 0, 10}, Eye(), 0);
     Press("Tab");
     Release("Tab");

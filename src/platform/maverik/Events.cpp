@@ -187,6 +187,13 @@ void Release(std::map<int, MAV_window*>& held, MAV_window& window, TellOf&& tell
     }
 }
 
+/// Outside its windows a program gets no events of the mouse.
+void FollowMouseOutside() noexcept {
+    if (SDL_GetKeyboardFocus() != nullptr && SDL_GetMouseFocus() == nullptr) {
+        SDL_GetGlobalMouseState(&mav_mouse_root_x, &mav_mouse_root_y);
+    }
+}
+
 }  // namespace
 
 void ReleaseHeld(MAV_window& window) {
@@ -205,6 +212,9 @@ void mav_eventsCheck(bool discard) {
         if (!discard || isRelease) {
             OnInput(event);
         }
+    }
+    if (!discard) {
+        FollowMouseOutside();
     }
 }
 
