@@ -1,8 +1,13 @@
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -192,6 +197,100 @@ TEST(Display, ALostScreenEndsTheDisplayAndNothingElse) {
                    : 4;
     };
     ExpectSuccessInAnotherProcess(lose);
+}
+
+/// Has a socket listen at this address; nobody will ever answer there.
+template <class Address>
+int Silent(Address& address, socklen_t size) {
+    auto* const general = reinterpret_cast<sockaddr*>(&address);
+    const int listener = socket(general->sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool listens = bind(listener, general, size) == 0 && listen(listener, 5) == 0 &&
+                         getsockname(listener, general, &size) == 0;
+    return listens ? listener : -1;
+}
+
+/// The last that was said by whoever connected there last.
+std::string HeardBy(int listener) {
+    char text[100] = "";
+    const ssize_t size = read(accept(listener, nullptr, nullptr), text, sizeof text);
+    return {text, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+}
+
+TEST(Display, AServerThatNeverAnswersHoldsUpNobody) {
+    const auto run = [] {
+        const TemporaryFolder folder;
+        sockaddr_in remote = {AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+        const int remoteListener = Silent(remote, sizeof remote);
+        const std::string number = ":" + std::to_string(ntohs(remote.sin_port) - 6000);
+        sockaddr_un local = {AF_UNIX, ""}, wayland = {AF_UNIX, ""};
+        const std::string name = "/tmp/.X11-unix/X" + number.substr(1);
+        const std::string path = (folder / "wayland").string();
+        name.copy(local.sun_path + 1, name.size());
+        path.copy(wayland.sun_path, path.size());
+        if (remoteListener < 0 || Silent(wayland, sizeof wayland) < 0 ||
+            Silent(local, static_cast<socklen_t>(sizeof(sa_family_t) + 1 + name.size())) < 0) {
+            return 1;
+        }
+        // For any server: a family that stands for all, no address, no number.
+        const std::string cookie("\377\377\0\0\0\0\0\022MIT-MAGIC-COOKIE-1\0\5crumb", 33);
+        setenv("XAUTHORITY", folder.Write("cookies", cookie).c_str(), 1);
+        setenv("WAYLAND_DISPLAY", path.c_str(), 1);
+        const struct {
+            const char* drivers;
+            std::string display;
+            int status;
+        } cases[] = {{"x11", "127.0.0.1" + number, KST_ERROR_NOT_RENDERING},
+                     {"x11", "192.0.2.1:0", KST_ERROR_NOT_RENDERING},
+                     {"wayland,X11", "unix" + number, KST_ERROR_NOT_RENDERING},
+                     {"", number, KST_OK}};
+        int failed = 2;
+        for (const auto& [drivers, display, status] : cases) {
+            setenv("SDL_VIDEODRIVER", drivers, 1);
+            setenv("DISPLAY", display.c_str(), 1);
+            const Clock::time_point start = Clock::now();
+            if (KST_Initialisation(true, false, false) != KST_OK ||
+                Clock::now() - start > std::chrono::seconds(2) ||
+                KST_ResumeVisualisation() != status || KST_End() != KST_OK) {
+                return failed;
+            }
+            ++failed;
+        }
+        const std::string heard = HeardBy(remoteListener);
+        return heard.find("crumb") == 32 ? 0 : failed;
+    };
+    ExpectSuccessInAnotherProcess(run);
+}
+
+TEST(Display, ErrorHandlersOfXAreTheHostsAgainAfterwards) {
+    using Handler = int (*)(void*, void*);
+    const auto run = [] {
+        XServer server;
+        unsetenv("SDL_VIDEODRIVER");
+        unsetenv("XAUTHORITY");
+        setenv("DISPLAY", server.Display().c_str(), 1);
+        void* const x = dlopen("libX11.so.6", RTLD_NOW);
+        const Handler before = [](void*, void*) { return 1; };
+        const Handler meanwhile = [](void*, void*) { return 2; };
+        for (const char* name : {"XSetErrorHandler", "XSetIOErrorHandler"}) {
+            const auto set = reinterpret_cast<Handler (*)(Handler)>(dlsym(x, name));
+            for (const bool hostSetsOne : {false, true}) {
+                set(before);
+                if (KST_Initialisation(true, false, false) != KST_OK) {
+                    return 1;
+                }
+                const Handler ours = set(meanwhile);
+                if (!hostSetsOne) {
+                    set(ours);
+                }
+                if (KST_End() != KST_OK || ours == before ||
+                    set(nullptr) != (hostSetsOne ? meanwhile : before)) {
+                    return 2;
+                }
+            }
+        }
+        return 0;
+    };
+    ExpectSuccessInAnotherProcess(run);
 }
 
 TEST(Display, WithoutAScreenWindowsExistInMemory) {

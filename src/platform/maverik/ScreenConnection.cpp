@@ -4,34 +4,16 @@
 
 #include <SDL_syswm.h>
 #include <dlfcn.h>
-#include <fcntl.h>
-#include <netdb.h>
-#include <poll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <cerrno>
-#include <charconv>
-#include <chrono>
-#include <condition_variable>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <system_error>
-#include <thread>
 
 namespace screen {
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{1};
 /// So often at the most one thread has locked a connection; unlocking it too often does no harm.
 constexpr int kMostLocks = 8;
-constexpr int kFirstPort = 6000;
-constexpr int kMostDisplays = 59535;  // the last has port 65535
 
 /// Xlib's functions, found in the copy that SDL has loaded: nothing new is linked.
 struct Xlib {
@@ -59,6 +41,8 @@ std::atomic<bool> lost{false};
 std::atomic<Display*> watched{nullptr};
 Xlib::ErrorHandler former = nullptr;
 Xlib::LossHandler formerOfLoss = nullptr;
+/// What a host has set since, or the one of this library.
+Xlib::ErrorHandler latest = nullptr;
 void (*tellLoss)() noexcept = nullptr;
 bool isHandling = false;
 /// SDL has several connections; they have in common the thread that uses them.
@@ -99,85 +83,7 @@ Display* DisplayOf(SDL_Window* window, Window* handle) {
     return info.info.x11.display;
 }
 
-/// Connects without waiting longer than until `end`.
-bool Connects(const addrinfo& address, std::chrono::steady_clock::time_point end) {
-    const int handle =
-        socket(address.ai_family, address.ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (handle < 0) {
-        return false;
-    }
-    bool connected = connect(handle, address.ai_addr, address.ai_addrlen) == 0;
-    if (!connected && errno == EINPROGRESS) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            end - std::chrono::steady_clock::now());
-        pollfd ready = {handle, POLLOUT, 0};
-        int error = 0;
-        socklen_t size = sizeof error;
-        connected = left.count() > 0 && poll(&ready, 1, static_cast<int>(left.count())) == 1 &&
-                    getsockopt(handle, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
-    }
-    close(handle);
-    return connected;
-}
-
-bool Reaches(const std::string& host, const std::string& port) {
-    const auto end = std::chrono::steady_clock::now() + kPatience;
-    addrinfo hints = {};
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    if (getaddrinfo(host.c_str(), port.c_str(), &hints, &found) != 0) {
-        return false;
-    }
-    bool reached = false;
-    for (const addrinfo* address = found; address != nullptr && !reached;
-         address = address->ai_next) {
-        reached = Connects(*address, end);
-    }
-    freeaddrinfo(found);
-    return reached;
-}
-
-/// An answer that may come too late for whoever asked.
-struct Question {
-    std::mutex mutex;
-    std::condition_variable answered;
-    bool isAnswered = false;
-    bool answer = false;
-};
-
 }  // namespace
-
-bool Answers(const char* display) {
-    const std::string name = display;
-    const std::size_t colon = name.rfind(':');
-    if (colon == std::string::npos || colon == 0 || name[0] == '/' ||
-        name.compare(0, colon, "unix") == 0) {
-        return true;
-    }
-    const std::string host = name.substr(0, colon);
-    int number = 0;
-    std::from_chars(name.data() + colon + 1, name.data() + name.size(), number);
-    if (number < 0 || number > kMostDisplays) {
-        return false;
-    }
-    const std::string port = std::to_string(kFirstPort + number);
-    const auto question = std::make_shared<Question>();
-    try {
-        // Names are looked up without a limit in time, so not on this thread.
-        std::thread([question, host, port] {
-            const bool answer = Reaches(host, port);
-            const std::lock_guard lock(question->mutex);
-            question->answer = answer;
-            question->isAnswered = true;
-            question->answered.notify_all();
-        }).detach();
-    } catch (const std::system_error&) {
-        return false;
-    }
-    std::unique_lock lock(question->mutex);
-    question->answered.wait_for(lock, kPatience, [&question] { return question->isAnswered; });
-    return question->answer;
-}
 
 void Watch(SDL_Window* window, void (*onLoss)() noexcept) noexcept {
     Display* const display = DisplayOf(window, nullptr);
@@ -198,6 +104,10 @@ void Watch(SDL_Window* window, void (*onLoss)() noexcept) noexcept {
 
 void Forget() noexcept {
     watched = nullptr;
+    if (isHandling) {
+        // SDL is about to put back the one that it found, whoever has set another.
+        latest = Xlib().setErrorHandler(PassOver);
+    }
 }
 
 void Restore() noexcept {
@@ -211,8 +121,9 @@ void Restore() noexcept {
         return;
     }
     // A host that has set one of its own meanwhile keeps it.
-    const Xlib::ErrorHandler present = xlib.setErrorHandler(former);
-    if (present != PassOver) {
+    const bool isHosts = latest != PassOver;
+    const Xlib::ErrorHandler present = xlib.setErrorHandler(isHosts ? latest : former);
+    if (!isHosts && present != PassOver) {
         xlib.setErrorHandler(present);
     }
     const Xlib::LossHandler presentOfLoss = xlib.setLossHandler(formerOfLoss);
@@ -236,10 +147,6 @@ std::uintptr_t NativeHandle(SDL_Window* window) noexcept {
 #else
 
 namespace screen {
-
-bool Answers(const char* /*display*/) {
-    return true;
-}
 
 void Watch(SDL_Window* /*window*/, void (* /*onLoss*/)() noexcept) noexcept {}
 

@@ -10,10 +10,6 @@
 
 namespace screen {
 
-/// Whether the X display of this name can be reached within a second. True for what is no address
-/// in a network.
-bool Answers(const char* display);
-
 /// From now on errors on the connection of this window end nothing. If the connection is lost,
 /// `onLoss` is called and the calling thread, which must be the one that uses the connection,
 /// stands still for ever: Xlib ends the process as soon as it is given back control.

@@ -4,9 +4,12 @@
 #include <cstdlib>
 #include <exception>
 #include <limits>
+#include <sstream>
 #include <thread>
+#include <utility>
 
 #include "platform/maverik/ScreenConnection.h"
+#include "platform/maverik/ScreenProbe.h"
 #include "platform/maverik/WindowState.h"
 
 std::unique_ptr<WindowSystem> windowSystem;
@@ -134,23 +137,41 @@ void SetContextAttributes() {
     SDL_GL_SetAttribute(SDL_GL_DEPTH_SIZE, 0);
 }
 
+const char* Environment(const char* name) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+/// Whether the screen that this driver connects to, if it does to any, can be asked.
+bool Answers(const std::string& driver, ScreenProbe& probe) {
+    if (SDL_strcasecmp(driver.c_str(), "x11") == 0) {
+        return probe.XAnswers(Environment("DISPLAY"));
+    }
+    if (SDL_strcasecmp(driver.c_str(), "wayland") == 0) {
+        return probe.WaylandAnswers(Environment("WAYLAND_DISPLAY"));
+    }
+    return true;
+}
+
 /// The drivers that may be tried, the best first. An empty name leaves the choice to SDL.
 std::vector<std::string> Drivers() {
-    const auto isSet = [](const char* name) {
-        const char* const value = std::getenv(name);
-        return value != nullptr && *value != '\0';
-    };
-    if (isSet("SDL_VIDEODRIVER")) {
-        return {std::getenv("SDL_VIDEODRIVER")};
-    }
     std::vector<std::string> drivers;
+    std::istringstream wanted(Environment("SDL_VIDEODRIVER"));
+    for (std::string driver; std::getline(wanted, driver, ',');) {
+        if (!driver.empty()) {
+            drivers.push_back(driver);
+        }
+    }
+    if (!drivers.empty()) {
+        return drivers;
+    }
 #if defined(__linux__)
     // Without a session SDL would take over the console, if it may.
-    if (isSet("DISPLAY") && screen::Answers(std::getenv("DISPLAY"))) {
-        drivers.emplace_back("x11");
-    }
-    if (isSet("WAYLAND_DISPLAY")) {
-        drivers.emplace_back("wayland");
+    for (const auto& [driver, session] :
+         {std::pair{"x11", "DISPLAY"}, {"wayland", "WAYLAND_DISPLAY"}}) {
+        if (*Environment(session) != '\0') {
+            drivers.emplace_back(driver);
+        }
     }
 #else
     drivers.emplace_back();
@@ -232,8 +253,9 @@ MAV_start mav_initialise(int* /*argc*/, char** argv) {
         return MAV_start::kNone;
     }
     for (const std::string& driver : Drivers()) {
+        ScreenProbe probe;
         try {
-            if (Start(driver, argv[0])) {
+            if (Answers(driver, probe) && Start(driver, argv[0])) {
                 return SDL_GetCurrentVideoDriver() == std::string_view(kOffscreen)
                            ? MAV_start::kOffscreen
                            : MAV_start::kScreen;

@@ -56,11 +56,12 @@ enum class MAV_start {
     kNone,       ///< neither could be had; nothing is left behind
 };
 
-/// Opens the first window, titled argv[0], which becomes mav_win_current. Tries the driver that
-/// SDL_VIDEODRIVER names, and no other, if that is set; else the screen of the session (DISPLAY,
+/// Opens the first window, titled argv[0], which becomes mav_win_current. Tries the drivers that
+/// SDL_VIDEODRIVER names, and no others, if that is set; else the screen of the session (DISPLAY,
 /// WAYLAND_DISPLAY), then windows in memory. Never takes over a console. Returns within 2 s also
-/// where nothing can be had. Signal handlers, the locale and the error handlers of the process stay
-/// as they are. Throws std::bad_alloc; nothing is left behind then.
+/// where nothing can be had, or a server takes the connection and never answers. Signal handlers,
+/// the locale and the error handlers of the process stay as they are. Throws std::bad_alloc;
+/// nothing is left behind then.
 MAV_start mav_initialise(int* argc, char** argv);
 /// Closes all windows and gives everything back.
 void mav_shutdown() noexcept;
