@@ -74,20 +74,6 @@ TEST_F(PicturesTest, SmallSpheresAreAsRoundAsLargeOnes) {
     }
 }
 
-TEST_F(PicturesTest, WhatIsNearerHides) {
-    const MAV_box far = Box(4, colour[1], At(0, 0, -3));
-    const MAV_box near = Box(1, colour[2], At(0, 0, 2));
-    stage.Add(mav_class_box, &near);
-    stage.Add(mav_class_box, &far);
-    stage.Draw();
-    EXPECT_EQ(stage.PixelAt({0, 0, 2}), kGreen);
-    EXPECT_EQ(stage.PixelAt({1.5f, 1.5f, -1}), kRed);
-    stage.LookFrom({0, 0, -20});
-    stage.view.view = mav_matrixMult(mav_matrixRPYSet(MAV_ID_MATRIX, 0, 0, 180), stage.view.view);
-    stage.Draw();
-    EXPECT_EQ(stage.PixelAt({0, 0, -5}), kRed);
-}
-
 TEST_F(PicturesTest, BothSidesAreLitUnlessBacksAreHidden) {
     const MAV_vector corners[] = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
     const MAV_matrix left = At(-2, 0, 0), right = At(2, 0, 0);

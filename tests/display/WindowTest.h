@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 #include "platform/maverik/WindowState.h"
+
+inline constexpr float kInf = std::numeric_limits<float>::infinity();
+inline constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 
 /// One window in memory, 200 by 100, with a camera at the origin that looks along -z.
 class WindowTest : public testing::Test {

@@ -36,7 +36,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 /// X and Wayland may both have to be waited for, and a start takes 2 s at the most.
-constexpr std::chrono::milliseconds kPatience{800};
+constexpr std::chrono::milliseconds kPatience{700};
 constexpr int kFirstPort = 6000;
 constexpr int kMostDisplays = 59535;  // the last has port 65535
 constexpr const char* kXSockets = "/tmp/.X11-unix/X";
