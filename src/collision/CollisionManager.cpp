@@ -10,9 +10,7 @@
 
 namespace {
 
-void SetMatrix(DT_ObjectHandle handle, const CSceneObject& object) noexcept {
-    MAV_matrix world;
-    object.GetWorldMatrix(world);
+void SetMatrix(DT_ObjectHandle handle, const MAV_matrix& world) noexcept {
     float columns[16];
     for (std::size_t row = 0; row < 4; ++row) {
         for (std::size_t column = 0; column < 4; ++column) {
@@ -68,7 +66,9 @@ void CCollisionManager::ReleaseResponseClass(int responseClass) noexcept {
 
 void CCollisionManager::AddObject(CSceneObject* object) {
     Object handle(DT_CreateObject(object, object->SolidShape()));
-    SetMatrix(handle.get(), *object);
+    MAV_matrix world;
+    object->GetWorldMatrix(world);
+    SetMatrix(handle.get(), world);
     DT_SetResponseClass(m_respTable.get(), handle.get(), object->Group()->ResponseClass());
     DT_AddObject(m_scene.get(), handle.get());
     object->SetSolidObject(handle.release());
@@ -84,9 +84,9 @@ void CCollisionManager::RemoveObject(CSceneObject* object) noexcept {
     object->SetSolidObject(nullptr);
 }
 
-void CCollisionManager::UpdateObject(CSceneObject* object) noexcept {
+void CCollisionManager::UpdateObject(CSceneObject* object, const MAV_matrix& world) noexcept {
     if (object->IsInCollisionWorld()) {
-        SetMatrix(object->SolidObject(), *object);
+        SetMatrix(object->SolidObject(), world);
     }
 }
 

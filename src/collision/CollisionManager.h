@@ -37,7 +37,7 @@ class CCollisionManager final : public CCollisionNeighbour {
     void ReleaseResponseClass(int responseClass) noexcept override;
     void AddObject(CSceneObject* object) override;
     void RemoveObject(CSceneObject* object) noexcept override;
-    void UpdateObject(CSceneObject* object) noexcept override;
+    void UpdateObject(CSceneObject* object, const MAV_matrix& world) noexcept override;
     /// Where memory runs out, the next query sees to it.
     void UpdateResponseClass(CSceneObject* object) noexcept override;
     void SetObjectMargin(CSceneObject* object, float margin) noexcept override;

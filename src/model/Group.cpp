@@ -21,6 +21,32 @@ void RequestRedraw() noexcept {
         g_visualiser->Redraw();
 }
 
+/// Objects that move in one go. A frame is asked for at the end.
+class CMoving {
+  public:
+    CMoving() = default;
+    ~CMoving() {
+        if (m_count > 0)
+            RequestRedraw();
+    }
+    CMoving(const CMoving&) = delete;
+    CMoving& operator=(const CMoving&) = delete;
+
+    void Pass(CSceneObject& object) noexcept {
+        if (m_count++ % kObjectsALock == 0) {
+            m_guard.reset();
+            m_guard.emplace();
+        }
+        object.PassTransforms();
+    }
+
+  private:
+    /// So many that a frame never waits long, and the lock is taken seldom.
+    static constexpr int kObjectsALock = 2000;
+    std::optional<CFrameGuard> m_guard;
+    int m_count = 0;
+};
+
 }  // namespace
 
 CGroup::CGroup(CGroup* parent, const std::string& label)
@@ -287,17 +313,8 @@ void CGroup::UpdateWorldMatrix() noexcept {
 }
 
 void CGroup::UpdateObjects() noexcept {
-    // So many that a frame never waits long, and the lock is taken seldom.
-    constexpr int kObjectsALock = 2000;
-    std::optional<CFrameGuard> guard;
-    int count = 0;
-    groupwalk::Objects(*this, [&](CSceneObject& object) {
-        if (count++ % kObjectsALock == 0) {
-            guard.reset();
-            guard.emplace();
-        }
-        object.UpdateTransforms();
-    });
+    CMoving moving;
+    groupwalk::Objects(*this, [&moving](CSceneObject& object) { moving.Pass(object); });
 }
 
 void CGroup::SetSurface(std::unique_ptr<CSurface> surface, int index, bool recursive) {
@@ -434,10 +451,13 @@ void ApplyTimeToScene(float time) noexcept {
             group = group->Parent();
         return group != nullptr;
     };
-    for (CSceneObject* object : g_animatedObjects) {
-        object->UpdateLocalMatrix();
-        if (!animatedAbove(object->Group()))
-            object->UpdateTransforms();
+    {
+        CMoving moving;
+        for (CSceneObject* object : g_animatedObjects) {
+            object->UpdateLocalMatrix();
+            if (!animatedAbove(object->Group()))
+                moving.Pass(*object);
+        }
     }
     for (CGroup* group : g_animatedGroups) {
         if (!animatedAbove(group->Parent())) {

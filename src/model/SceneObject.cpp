@@ -138,11 +138,22 @@ void CSceneObject::UpdateLocalMatrix() noexcept {
     m_localMatrix = mav_matrixMult(m_poseMatrix, m_scaleMatrix);
 }
 
-void CSceneObject::UpdateTransforms() noexcept {
+void CSceneObject::PassTransforms() noexcept {
+    MAV_matrix world;
+    GetWorldMatrix(world);
     if (g_visualiser)
-        g_visualiser->UpdateObjectMatrix(this);
+        g_visualiser->UpdateObjectMatrix(this, world);
     if (IsInCollisionWorld())
-        g_collision->UpdateObject(this);
+        g_collision->UpdateObject(this, world);
+}
+
+void CSceneObject::UpdateTransforms() noexcept {
+    {
+        const CFrameGuard guard;
+        PassTransforms();
+    }
+    if (g_visualiser)
+        g_visualiser->Redraw();
 }
 
 void CSceneObject::SetPosition(float x, float y, float z) noexcept {

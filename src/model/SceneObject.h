@@ -90,8 +90,11 @@ class CSceneObject {
     void SetScaling(float x, float y, float z) noexcept;
     void SetQuaternion(float x, float y, float z, float w) noexcept;
     void UpdateLocalMatrix() noexcept;
-    /// Brings first the display, then the collision world in line with the matrices.
+    /// Brings first the display, then the collision world in line with the matrices, and asks for a
+    /// frame.
     void UpdateTransforms() noexcept;
+    /// The same without a frame, for many objects at once. Needs the frame lock.
+    void PassTransforms() noexcept;
     /// Nothing unless the object stands in the collision world.
     void SetClearance(float margin) noexcept;
 

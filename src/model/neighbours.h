@@ -26,8 +26,8 @@ class CCollisionNeighbour {
     virtual void AddObject(CSceneObject* object) = 0;
     /// Takes the object out and destroys its m_solidObject and m_solidShape.
     virtual void RemoveObject(CSceneObject* object) noexcept = 0;
-    /// The object's world matrix has changed.
-    virtual void UpdateObject(CSceneObject* object) noexcept = 0;
+    /// `world` is the object's world matrix, which has changed.
+    virtual void UpdateObject(CSceneObject* object, const MAV_matrix& world) noexcept = 0;
     /// The object now belongs to another group, and takes that group's response class.
     virtual void UpdateResponseClass(CSceneObject* object) noexcept = 0;
     virtual void SetObjectMargin(CSceneObject* object, float margin) noexcept = 0;
@@ -51,8 +51,9 @@ class CDisplayNeighbour {
     /// The object has moved here from the group `former`: brings the views in which it stands in
     /// line with its present group.
     virtual void MoveObject(CSceneObject* object, const CGroup& former) = 0;
-    /// The object's world matrix has changed.
-    virtual void UpdateObjectMatrix(CSceneObject* object) noexcept = 0;
+    /// `world` is the object's world matrix, which has changed. Called under the frame lock; a
+    /// frame is asked for when all that moves has moved.
+    virtual void UpdateObjectMatrix(CSceneObject* object, const MAV_matrix& world) noexcept = 0;
     /// Asks for a new frame.
     virtual void Redraw() noexcept = 0;
 

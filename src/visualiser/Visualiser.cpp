@@ -77,8 +77,11 @@ void CVisualiser::AddObject(CSceneObject* object) {
             RemoveObject(object);
             throw;
         }
+        MAV_matrix world;
+        object->GetWorldMatrix(world);
+        UpdateObjectMatrix(object, world);
     }
-    UpdateObjectMatrix(object);
+    Redraw();
 }
 
 void CVisualiser::EnterLists(CSceneObject* object) {
@@ -112,21 +115,18 @@ void CVisualiser::MoveObject(CSceneObject* object, const CGroup& /*former*/) {
     Redraw();
 }
 
-void CVisualiser::UpdateObjectMatrix(CSceneObject* object) noexcept {
-    MAV_matrix world;
-    object->GetWorldMatrix(world);
-    if (object->Type() == kTypeCylinder || object->Type() == kTypeCone) {
-        // They stand along z when drawn, along y in the scene: the product with a turn by -90
-        // degrees about x.
-        for (std::size_t row = 0; row < 12; row += 4) {
-            world[row + 1] = -std::exchange(world[row + 2], world[row + 1]);
-        }
-    }
-    {
-        const std::lock_guard lock(m_frameLock);
+void CVisualiser::UpdateObjectMatrix(CSceneObject* object, const MAV_matrix& world) noexcept {
+    if (object->Type() != kTypeCylinder && object->Type() != kTypeCone) {
         object->SetDisplayMatrix(world);
+        return;
     }
-    Redraw();
+    // They stand along z when drawn, along y in the scene: the product with a turn by -90 degrees
+    // about x.
+    MAV_matrix turned = world;
+    for (std::size_t row = 0; row < 12; row += 4) {
+        turned[row + 1] = -std::exchange(turned[row + 2], turned[row + 1]);
+    }
+    object->SetDisplayMatrix(turned);
 }
 
 void CVisualiser::Redraw() noexcept {

@@ -52,7 +52,7 @@ class CVisualiser : public CDisplay {
     void AddObject(CSceneObject* object) override;
     void RemoveObject(CSceneObject* object) noexcept override;
     void MoveObject(CSceneObject* object, const CGroup& former) override;
-    void UpdateObjectMatrix(CSceneObject* object) noexcept override;
+    void UpdateObjectMatrix(CSceneObject* object, const MAV_matrix& world) noexcept override;
     void Redraw() noexcept override;
     void LockFrame() noexcept override { m_frameLock.lock(); }
     void UnlockFrame() noexcept override { m_frameLock.unlock(); }

@@ -47,8 +47,8 @@ class FakeCollision : public CCollisionNeighbour {
         DT_DestroyObject(object->SolidObject());
         DT_DeleteShape(object->SolidShape());
     }
-    void UpdateObject(CSceneObject* object) noexcept override {
-        object->GetWorldMatrix(members.at(object->Id()).matrix);
+    void UpdateObject(CSceneObject* object, const MAV_matrix& world) noexcept override {
+        members.at(object->Id()).matrix = world;
         const allocation::Immune immune;
         log.append("c").append(std::to_string(object->Id()));
     }
@@ -90,7 +90,11 @@ class FakeDisplay : public CDisplayNeighbour {
     void AddObject(CSceneObject* object) override {
         EXPECT_NE(object->MavObject(), nullptr);
         views[object->Id()] = Views(*object->Group());
-        UpdateObjectMatrix(object);
+        MAV_matrix world;
+        object->GetWorldMatrix(world);
+        LockFrame();
+        UpdateObjectMatrix(object, world);
+        UnlockFrame();
     }
     void RemoveObject(CSceneObject* object) noexcept override {
         EXPECT_EQ(views.erase(object->Id()), 1u);
@@ -101,14 +105,13 @@ class FakeDisplay : public CDisplayNeighbour {
         const auto token = std::make_unique<int>(0);
         views.at(object->Id()) = Views(*object->Group());
     }
-    void UpdateObjectMatrix(CSceneObject* object) noexcept override {
-        MAV_matrix world;
-        object->GetWorldMatrix(world);
+    void UpdateObjectMatrix(CSceneObject* object, const MAV_matrix& world) noexcept override {
+        EXPECT_GT(frameLocks, 0) << "of object " << object->Id();
         object->SetDisplayMatrix(world);
         const allocation::Immune immune;
         m_log.append("d").append(std::to_string(object->Id()));
     }
-    void Redraw() noexcept override {}
+    void Redraw() noexcept override { ++redraws; }
     void LockFrame() noexcept override {
         ++frameLocks;
         ++frameLocksTaken;
@@ -144,6 +147,7 @@ class FakeDisplay : public CDisplayNeighbour {
     int drawables = 0;
     int frameLocks = 0;
     int frameLocksTaken = 0;
+    int redraws = 0;
 
   private:
     std::string& m_log;

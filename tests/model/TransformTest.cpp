@@ -168,13 +168,15 @@ TEST_F(DisplayedScene, ChangesReachTheDisplayFirstAndChildrensObjectsFirst) {
     EXPECT_EQ(collision.log, "d1c1d0c0d2c2");
 }
 
-TEST_F(DisplayedScene, MovingManyObjectsLetsFramesInBetween) {
+TEST_F(DisplayedScene, MovingManyObjectsLetsFramesInBetweenAndAsksForOneAtTheEnd) {
     CGroup* const group = NewGroup(root.get());
     for (int i = 0; i < 4001; ++i)
         NewBox(group);
     const int before = display.frameLocksTaken;
+    const int redraws = display.redraws;
     group->SetPosition(1, 0, 0);
     EXPECT_EQ(display.frameLocksTaken, before + 3);
+    EXPECT_EQ(display.redraws, redraws + 1);
     EXPECT_EQ(display.frameLocks, 0);
 }
 
