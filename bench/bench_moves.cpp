@@ -75,7 +75,8 @@ int main(int argc, char** argv) {
     setenv("SDL_VIDEODRIVER", "offscreen", 0);
     for (const Way way : {Way::kHeadless, Way::kDisplay, Way::kSuspended}) {
         benchmark::RegisterBenchmark(
-            (std::string("W13/moves/") + kNames[static_cast<std::size_t>(way)]).c_str(), Measure, way)
+            (std::string("W13/moves/") + kNames[static_cast<std::size_t>(way)]).c_str(), Measure,
+            way)
             ->Unit(benchmark::kMillisecond);
     }
     benchmark::Initialize(&argc, argv);
