@@ -222,7 +222,11 @@ typedef struct KstCollisionResult {
  * Told, on the display's own thread, of an object that the user picked: its id, and three floats
  * with the point in the world, valid during the call. It may call any function; those that wait for
  * a picture or for the end of the display (KST_ShowView, KST_HideView, KST_ScreenCapture, KST_End)
- * return KST_ERROR_NOT_RENDERING there. A pick replaces the findings of the last query.
+ * return KST_ERROR_NOT_RENDERING there. Inside the callback KST_GetResults gives the
+ * findings of the pick, and afterwards again those of the last query.
+ *
+ * Calls of other threads wait until it returns. So it must not wait for a thread that may be in a
+ * call, nor take a lock that a thread holds around calls, and no exception may leave it.
  */
 typedef void (*KstSelectCallback)(int objectId, float* point);
 
@@ -267,8 +271,8 @@ KST_API int KST_ResumeVisualisation(void);
  *
  * title  Of the window, copied; null keeps the present one.
  *
- * KST_ERROR_ARGUMENT unless view is 1 to 3. KST_ERROR_NOT_RENDERING while the display is suspended,
- * or if no window can be had. Headless: the title is kept.
+ * KST_ERROR_ARGUMENT unless view is 1 to 3. KST_ERROR_NOT_RENDERING for a closed view while the
+ * display is suspended, or if no window can be had. Headless: the title is kept.
  */
 KST_API int KST_ShowView(int view, const char* title);
 
@@ -307,7 +311,8 @@ KST_API int KST_SetViewParams(int view, float eyeX, float eyeY, float eyeZ, floa
                               float pointY, float pointZ, float upX, float upY, float upZ);
 
 /*
- * Tells where the camera of a view is, in the terms of KST_SetViewParams; up has length 1.
+ * Tells where the camera of a view is, in the terms of KST_SetViewParams. up has length 1, unless
+ * it was given as something that has none. During a flight point stays where it was.
  *
  * view        0 to 3.
  * eye, point  Places for one float each; not null.
@@ -325,7 +330,9 @@ KST_API int KST_GetViewParams(int view, float* eyeX, float* eyeY, float* eyeZ, f
  * view            0 to 3; open or closed.
  * time            Not before the last key state of the view; the order is not tested.
  * eye, point, up  Three floats each, in the terms of KST_SetViewParams. Null: as in the last key
- *                 state (for point, its direction), and in the first one as the camera is now.
+ *                 state, and in the first one as the camera is now. For point that is the
+ *                 direction; for up what was kept of it, which is at a right angle to the
+ *                 direction there. A camera that is to stay level is given up each time.
  *
  * KST_ERROR_ARGUMENT unless view is 0 to 3. Headless: KST_OK whatever the arguments, no effect.
  */
@@ -497,7 +504,9 @@ KST_API int KST_SetGroupCollisionCheckCapability(int id, bool on);
 KST_API int KST_SetGroupClearance(int id, float margin);
 
 /*
- * Shows or hides a group, with all below it, in one view.
+ * Shows or hides a group, with all below it, in one view. A new group is shown where its parent
+ * is. The root group is shown in view 0 alone, so for the other views each group below it is shown
+ * by a call of this function.
  *
  * view  0 to 3.
  *

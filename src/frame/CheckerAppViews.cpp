@@ -1,10 +1,13 @@
 #include <array>
 #include <filesystem>
+#include <string>
 #include <system_error>
 
 #include "frame/Arguments.h"
 #include "frame/CheckerApp.h"
 #include "frame/TimeScale.h"
+#include "model/Rollback.h"
+#include "model/neighbours.h"
 #include "visualiser/Display.h"
 #include "visualiser/VisView.h"
 
@@ -33,10 +36,19 @@ int CCheckerApp::ShowView(int view, const char* title) {
     if (m_display != nullptr && (m_display->IsStandingStill() || IsRenderThread())) {
         return KST_ERROR_NOT_RENDERING;
     }
-    if (title != nullptr) {
-        m_views[static_cast<std::size_t>(view)]->m_name = title;
+    std::string& name = m_views[static_cast<std::size_t>(view)]->m_name;
+    std::string wanted = title != nullptr ? title : name;
+    const auto exchangeNames = [&name, &wanted] {
+        const CFrameGuard guard;
+        name.swap(wanted);
+    };
+    exchangeNames();
+    CRollback undo(exchangeNames);
+    const int status = m_display == nullptr ? KST_OK : m_display->AddView(view);
+    if (status == KST_OK) {
+        undo.Dismiss();
     }
-    return m_display == nullptr ? KST_OK : m_display->AddView(view);
+    return status;
 }
 
 int CCheckerApp::HideView(int view) {

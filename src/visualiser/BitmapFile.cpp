@@ -1,7 +1,9 @@
 #include "visualiser/BitmapFile.h"
 
+#include <filesystem>
 #include <fstream>
 #include <limits>
+#include <system_error>
 
 namespace {
 
@@ -80,9 +82,24 @@ bool WriteBitmap(const MAV_image& image, const std::string& path) {
     if (bytes.empty()) {
         return false;
     }
+    std::error_code error;
+    if (std::filesystem::is_fifo(path, error)) {
+        // Its opening would wait for a reader.
+        return false;
+    }
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    if (!file.is_open()) {
+        return false;
+    }
     file.write(reinterpret_cast<const char*>(bytes.data()),
                static_cast<std::streamsize>(bytes.size()));
     file.close();
-    return file.good();
+    if (!file.good()) {
+        // Half a picture is worse than none. What is no regular file stays.
+        if (std::filesystem::is_regular_file(path, error)) {
+            std::filesystem::remove(path, error);
+        }
+        return false;
+    }
+    return true;
 }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <mutex>
 
+#include "collision/CollisionManager.h"
 #include "model/ModelLock.h"
 #include "platform/maverik/NavigationSteps.h"
 #include "visualiser/CentreOfNavigation.h"
@@ -66,7 +67,16 @@ void CNavigation::RunPick(void* argument) {
         return;
     }
     mav_frameFn2Rmv(RunPick<kPick>, &view);
-    (current->*kPick)(view);
+    // What the host has been told to make room for is not replaced by a key that a user presses.
+    std::vector<CCollisionResult> ofHost;
+    ofHost.swap(g_collisionResults);
+    try {
+        (current->*kPick)(view);
+    } catch (...) {
+        ofHost.swap(g_collisionResults);
+        throw;
+    }
+    ofHost.swap(g_collisionResults);
 }
 
 template <CNavigation::Step kPick>
@@ -75,6 +85,7 @@ void CNavigation::QueuePick(CVisView& view) {
     // back.
     mav_frameFn2Rmv(RunPick<kPick>, &view);
     mav_frameFn2Add(RunPick<kPick>, &view);
+    m_visualiser.Redraw();
 }
 
 const CNavigation::ButtonDrag CNavigation::kDrags[] = {
@@ -141,12 +152,12 @@ void CNavigation::Mouse(CVisView& view, const MAV_mouseEvent& event) {
         CountInteraction(1);
         m_navJustStarted = true;
         BeginNavigation(view);
+        m_lastMouseX = mav_mouse_root_x;
+        m_lastMouseY = mav_mouse_root_y;
     } else {
         CountInteraction(-1);
         EndNavigation(view);
     }
-    m_lastMouseX = mav_mouse_root_x;
-    m_lastMouseY = mav_mouse_root_y;
     bool& dragging = m_dragging[static_cast<std::size_t>(event.button)];
     const MAV_frameFn step = kDrags[event.button].step;
     if (dragging) {
@@ -244,7 +255,7 @@ void CNavigation::DollyStep(CVisView& view) {
     const float step = -kDollyStep * StepSize(view) * (m_navBoost ? kBoost : 1);
     if (view.m_orthogonal) {
         ChangeOrthoSize(view, -step * static_cast<float>(dy));
-    } else {
+    } else if (dy != 0) {
         MoveBeforeCenter(view, static_cast<float>(dy), step);
     }
 }
@@ -388,8 +399,7 @@ void CNavigation::MouseLookStep(CVisView& view) {
     mav_gfxWindowResGet(view.m_window, &width, &height);
     const int wrappedX = x >= width - 1 ? 0 : (x <= 0 ? width - 1 : x);
     const int wrappedY = y >= height - 1 ? 0 : (y <= 0 ? height - 1 : y);
-    if (wrappedX != x || wrappedY != y) {
-        mav_mouseRootSet(wrappedX, wrappedY);
+    if ((wrappedX != x || wrappedY != y) && mav_mouseRootSet(wrappedX, wrappedY)) {
         view.m_lookX = wrappedX;
         view.m_lookY = wrappedY;
     }

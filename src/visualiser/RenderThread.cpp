@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <exception>
+#include <memory>
 #include <system_error>
 
 #include "platform/maverik/Windows.h"
@@ -21,6 +23,30 @@ constexpr std::chrono::milliseconds kRest{25};
 constexpr std::chrono::milliseconds kFrame{16};
 
 thread_local bool isRenderThread = false;
+
+/// The thread that draws, for the end of the process.
+class DrawingThread {
+  public:
+    void Set(CRenderThread* thread) {
+        const std::lock_guard lock(m_mutex);
+        m_thread = thread;
+    }
+    void Halt() {
+        const std::lock_guard lock(m_mutex);
+        if (m_thread != nullptr) {
+            m_thread->HaltForExit();
+        }
+    }
+    static DrawingThread& Instance() {
+        // Stands until the process ends.
+        static DrawingThread& instance = *std::make_unique<DrawingThread>().release();
+        return instance;
+    }
+
+  private:
+    std::mutex m_mutex;
+    CRenderThread* m_thread = nullptr;
+};
 
 }  // namespace
 
@@ -51,11 +77,28 @@ bool CRenderThread::Start() {
     lock.unlock();
     if (!running) {
         Stop();
+        return false;
     }
-    return running;
+    // A host may leave without KST_End. Only now: what the drivers do at the end comes afterwards.
+    std::atexit([] { DrawingThread::Instance().Halt(); });
+    DrawingThread::Instance().Set(this);
+    return true;
+}
+
+void CRenderThread::HaltForExit() noexcept {
+    constexpr std::chrono::seconds kLongest{1};
+    std::unique_lock lock(m_mutex);
+    if (IsRenderThread() || m_state != State::kRunning) {
+        return;
+    }
+    ++m_pausedInternally;
+    m_wake.notify_all();
+    m_changed.wait_for(lock, kLongest,
+                       [this] { return m_standingStill || m_state != State::kRunning; });
 }
 
 void CRenderThread::Stop() noexcept {
+    DrawingThread::Instance().Set(nullptr);
     {
         const std::lock_guard lock(m_mutex);
         m_stop = true;
@@ -119,6 +162,11 @@ int CRenderThread::Resume(bool internal) noexcept {
 bool CRenderThread::IsStandingStill() const noexcept {
     const std::lock_guard lock(m_mutex);
     return m_pausedByUser || m_state != State::kRunning;
+}
+
+bool CRenderThread::HasEnded() const noexcept {
+    const std::lock_guard lock(m_mutex);
+    return m_state == State::kEnded;
 }
 
 bool CRenderThread::WaitForFrame() noexcept {
@@ -202,7 +250,8 @@ void CRenderThread::DrawFrame() noexcept {
     try {
         m_visualiser.DrawFrame();
     } catch (const std::exception&) {
-        // Memory is short: the windows keep what they show, until the next reason for a frame.
+        // Memory is short: the windows keep what they show, and it is tried again.
+        g_sceneDirty = true;
     }
     {
         const std::lock_guard lock(m_mutex);
@@ -223,8 +272,8 @@ bool CRenderThread::IsFrameWanted() const noexcept {
 void CRenderThread::Rest() {
     std::unique_lock lock(m_mutex);
     const bool soon = g_sceneDirty || g_activeInteractions > 0 || mav_viewParamsAnimating();
-    const auto rest = soon ? std::min(kFrame, kRest) : kRest;
-    m_wake.wait_for(lock, rest, [this, soon] {
+    const auto end = soon ? m_frameBegin + kFrame : std::chrono::steady_clock::now() + kRest;
+    m_wake.wait_until(lock, end, [this, soon] {
         return m_framesAwaited > m_framesEnded || (g_sceneDirty && !soon) || m_stop || IsPaused();
     });
 }
@@ -241,6 +290,7 @@ void CRenderThread::StandStill() {
         m_wake.wait_for(lock, kRest);
         if (m_pausedByUser && m_pausedInternally == 0 && !m_stop) {
             // A host may suspend drawing for long; its windows still have to answer.
+            m_standingStill = false;
             lock.unlock();
             try {
                 mav_eventsCheck(/*discard=*/true);

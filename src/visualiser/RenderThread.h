@@ -28,6 +28,9 @@ class CRenderThread {
     bool Start();
     void Stop() noexcept;
 
+    /// At the end of the process: the thread stands still, after a second at the latest or not at
+    /// all. What it draws with is about to go.
+    void HaltForExit() noexcept;
     /// By the thread itself, which will never go on.
     void Abandon() noexcept;
 
@@ -35,6 +38,8 @@ class CRenderThread {
     int Resume(bool internal) noexcept;
     /// The host has suspended drawing, or nothing draws any more.
     bool IsStandingStill() const noexcept;
+    /// Nothing draws any more.
+    bool HasEnded() const noexcept;
     bool WaitForFrame() noexcept;
     /// Asks for a frame, and wakes the thread.
     void Redraw() noexcept;

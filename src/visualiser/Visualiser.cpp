@@ -86,12 +86,16 @@ void CVisualiser::AddObject(CSceneObject* object) {
 
 void CVisualiser::EnterLists(CSceneObject* object) {
     for (CVisView* view : g_views) {
-        if (view->m_sms == nullptr) {
-            continue;
-        }
-        if (object->Group()->IsVisibleInView(view->m_index)) {
+        if (view->m_sms != nullptr && object->Group()->IsVisibleInView(view->m_index)) {
             mav_SMSObjectAdd(view->m_sms, object->MavObject());
-        } else {
+        }
+    }
+    LeaveLists(object, *object->Group());
+}
+
+void CVisualiser::LeaveLists(CSceneObject* object, const CGroup& group) noexcept {
+    for (CVisView* view : g_views) {
+        if (view->m_sms != nullptr && !group.IsVisibleInView(view->m_index)) {
             mav_SMSObjectRmv(view->m_sms, object->MavObject());
         }
     }
@@ -109,9 +113,14 @@ void CVisualiser::RemoveObject(CSceneObject* object) noexcept {
     Redraw();
 }
 
-void CVisualiser::MoveObject(CSceneObject* object, const CGroup& /*former*/) {
+void CVisualiser::MoveObject(CSceneObject* object, const CGroup& former) {
     const std::lock_guard lock(m_frameLock);
-    EnterLists(object);
+    try {
+        EnterLists(object);
+    } catch (...) {
+        LeaveLists(object, former);
+        throw;
+    }
     Redraw();
 }
 
@@ -237,10 +246,55 @@ void CVisualiser::SetTextureAlpha(int index, float alpha) {
     QueueWork([index, alpha] { mav_paletteTextureAlphaSet(*mav_palette_default, index, alpha); });
 }
 
+/// A picture that is to become a texture. Read by the render thread, without the frame lock.
+class CVisualiser::TextureOrder {
+  public:
+    explicit TextureOrder(std::string path) : m_path(std::move(path)) {}
+    /// Null for what is no picture. The file is read at the first call.
+    std::shared_ptr<const MAV_image> Image() {
+        if (!std::exchange(m_isRead, true)) {
+            try {
+                m_image = mav_imageRead(m_path);
+            } catch (const std::bad_alloc&) {
+                // Too large: the place stays as it is.
+            }
+        }
+        return m_image;
+    }
+
+  private:
+    std::string m_path;
+    bool m_isRead = false;
+    std::shared_ptr<const MAV_image> m_image;
+};
+
 void CVisualiser::LoadTexture(int index, const std::string& path, float alpha) {
-    QueueWork([index, path] { mav_paletteTextureSet(*mav_palette_default, index, path); });
-    if (alpha != 1.0F) {
-        SetTextureAlpha(index, alpha);
+    if (m_thread.HasEnded()) {
+        return;
+    }
+    const auto order = std::make_shared<TextureOrder>(path);
+    {
+        const std::lock_guard lock(m_frameLock);
+        m_textureOrders.push_back(order);
+        m_work.push_back([order, index, alpha] {
+            if (mav_paletteTextureSet(*mav_palette_default, index, order->Image()) &&
+                alpha != 1.0F) {
+                mav_opt_trans = 1;
+                mav_paletteTextureAlphaSet(*mav_palette_default, index, alpha);
+            }
+        });
+    }
+    Redraw();
+}
+
+void CVisualiser::ReadTextures() {
+    std::vector<std::shared_ptr<TextureOrder>> orders;
+    {
+        const std::lock_guard lock(m_frameLock);
+        orders.swap(m_textureOrders);
+    }
+    for (const std::shared_ptr<TextureOrder>& order : orders) {
+        order->Image();
     }
 }
 
@@ -251,6 +305,9 @@ void CVisualiser::SetHeadlight(bool on) {
 // ---- Work of the render thread -----------------------------------------------------------------
 
 void CVisualiser::QueueWork(Work work) {
+    if (m_thread.HasEnded()) {
+        return;
+    }
     {
         const std::lock_guard lock(m_frameLock);
         m_work.push_back(std::move(work));
@@ -270,6 +327,7 @@ void CVisualiser::RunWork() {
 }
 
 void CVisualiser::DrawFrame() {
+    ReadTextures();
     std::vector<Work> after;
     {
         const std::lock_guard lock(m_frameLock);

@@ -132,9 +132,13 @@ class CVisualiser : public CDisplay {
     void SaveWindowPlacements() noexcept;
     void EndFlights() noexcept;
     void EnterLists(CSceneObject* object);
+    /// Takes the object out of the views in which `group` is not visible.
+    void LeaveLists(CSceneObject* object, const CGroup& group) noexcept;
     void ShowOrHideCompass(CVisView& view);
+    void ShowOrHideStatus(CVisView& view);
     void QueueWindowSettings(CVisView& view);
     void RunWork();
+    void ReadTextures();
     /// Asks for a frame and waits for it. KST_OK or KST_ERROR_NOT_RENDERING.
     int WaitForWork() noexcept;
 
@@ -142,7 +146,11 @@ class CVisualiser : public CDisplay {
     std::vector<Work> m_work;
     /// Runs after the frame is drawn, without the frame lock.
     std::vector<Work> m_workAfterFrame;
+    /// Those of work that is queued and whose files are not read yet.
+    class TextureOrder;
+    std::vector<std::shared_ptr<TextureOrder>> m_textureOrders;
     KstSelectCallback m_selectCallback = nullptr;
+    std::array<bool, kViewCount> m_settingsQueued = {};
     std::array<bool, kViewCount> m_viewAnimating = {};
     std::array<CViewMotion, kViewCount> m_viewMotion;
     /// The view flies to where it sees all; its centre follows at the end.

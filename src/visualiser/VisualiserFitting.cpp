@@ -13,7 +13,9 @@ namespace {
 
 /// Room around the scene in the picture.
 constexpr float kMargin = 1.1F;
-/// Nearest to the eye that is drawn, in distances from the eye to the middle of the scene.
+/// Nearest to the eye that is drawn, in distances from the eye to the middle of the scene, or in
+/// its radii if they are larger: near enough for a camera that comes closer, far enough for depth
+/// of 24 bits.
 constexpr float kNearShare = 1e-3F;
 /// From the middle of the scene to the farthest that is drawn, in radii of the scene.
 constexpr float kRoomBehind = 4;
@@ -79,8 +81,7 @@ void CVisualiser::FitClipping(int view) {
         }
         const MAV_vector way = mav_vectorSub(ball->centre, record.m_viewParams.eye);
         const float distance = std::hypot(way.x, way.y, way.z);
-        record.m_nearClip =
-            std::max(kNearShare * distance, 0.5F * (distance - kMargin * ball->radius));
+        record.m_nearClip = kNearShare * std::max(distance, ball->radius);
         record.m_farClip = distance + kRoomBehind * ball->radius;
         record.m_fogStart = record.m_farClip;
         ApplyWindowSettings(record);

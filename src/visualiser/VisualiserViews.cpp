@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <new>
 
 #include "platform/maverik/NavigationSteps.h"
 #include "visualiser/BitmapFile.h"
@@ -35,6 +36,15 @@ void Store(const MAV_vector& from, float* to) noexcept {
 
 CVisView& View(int view) noexcept {
     return *g_views[static_cast<std::size_t>(view)];
+}
+
+/// A camera that looks along its own up direction, or has none, takes another one.
+void SetRight(MAV_viewParams& camera) noexcept {
+    const MAV_vector across = mav_vectorCrossProduct(camera.view, camera.up);
+    camera.right = mav_vectorDirection(across, mav_vectorAcross(camera.view));
+    if (mav_vectorDotProduct(across, camera.right) <= 0) {
+        camera.up = mav_vectorCrossProduct(camera.right, camera.view);
+    }
 }
 
 float Length(const MAV_vector& v) noexcept {
@@ -74,10 +84,11 @@ void CVisualiser::ApplyViewParams(int view, const float* eye, const float* point
         MAV_viewParams& camera = record.m_viewParams;
         const MAV_vector centre = Vector(point);
         camera.eye = Vector(eye);
-        camera.view = mav_vectorNormalize(mav_vectorSub(centre, camera.eye));
+        camera.view = mav_vectorDirection(mav_vectorSub(centre, camera.eye),
+                                          mav_vectorDirection(camera.view, MAV_vector{0, 0, -1}));
         camera.up = mav_vectorNormalize(Vector(up));
         camera.fixed_up = Vector(kUpwards);
-        camera.right = mav_vectorNormalize(mav_vectorCrossProduct(camera.view, camera.up));
+        SetRight(camera);
         camera.mod = nullptr;
         record.m_navCenter = {centre.x, centre.y, centre.z};
         const float nearest = kNearestCentre * record.m_navigationSpeed;
@@ -114,11 +125,7 @@ void CVisualiser::SetViewOptions(int view, int options) {
     }
     switches(KST_GRID_ON, KST_GRID_OFF, record.m_showGrid);
     if (switches(KST_STATUS_ON, KST_STATUS_OFF, record.m_showStatus)) {
-        if (record.m_showStatus) {
-            m_overlays->ShowStatus(record);
-        } else {
-            m_overlays->HideStatus(record);
-        }
+        ShowOrHideStatus(record);
     }
     bool apply = switches(KST_BACKFACE_CULLING_ON, KST_BACKFACE_CULLING_OFF, record.m_backfaceCull);
     if (wants(KST_PERSPECTIVE) || wants(KST_ORTHOGONAL)) {
@@ -139,6 +146,17 @@ void CVisualiser::ShowOrHideCompass(CVisView& view) {
         m_overlays->ShowCompass(view);
     } else {
         m_overlays->HideCompass(view);
+    }
+}
+
+void CVisualiser::ShowOrHideStatus(CVisView& view) {
+    if (m_overlays == nullptr) {
+        return;
+    }
+    if (view.m_showStatus) {
+        m_overlays->ShowStatus(view);
+    } else {
+        m_overlays->HideStatus(view);
     }
 }
 
@@ -168,11 +186,17 @@ void CVisualiser::ApplyViewSettings(int view) {
 }
 
 void CVisualiser::QueueWindowSettings(CVisView& view) {
-    QueueWork([&view] {
+    bool& queued = m_settingsQueued[static_cast<std::size_t>(view.m_index)];
+    if (queued) {
+        return;
+    }
+    QueueWork([&view, &queued] {
+        queued = false;
         if (view.m_window != nullptr) {
             ApplyWindowSettings(view);
         }
     });
+    queued = true;
 }
 
 void CVisualiser::ResetView(int view) noexcept {
@@ -197,9 +221,11 @@ void CVisualiser::EndFlights() noexcept {
     for (CVisView* view : g_views) {
         bool& flying = m_flyingToScene[static_cast<std::size_t>(view->m_index)];
         if (flying && view->m_window != nullptr) {
+            const MAV_vector centreOfDrag = mav_nav_center;
             const auto [x, y, z] = view->m_navCenter;
             mav_nav_center = {x, y, z};
             m_navigation->RecentreOnPlane(*view);
+            mav_nav_center = centreOfDrag;
         }
         flying = false;
     }
@@ -244,6 +270,9 @@ void CVisualiser::ApplyViewTime(int view, float time) {
 // ---- Capture -----------------------------------------------------------------------------------
 
 int CVisualiser::CaptureView(int view, const std::string& path) {
+    if (IsStandingStill() || IsRenderThread()) {
+        return KST_ERROR_NOT_RENDERING;
+    }
     // Shared with the render thread, which may be late, or never come to it.
     const auto image = std::make_shared<std::shared_ptr<const MAV_image>>();
     {
@@ -254,9 +283,17 @@ int CVisualiser::CaptureView(int view, const std::string& path) {
             }
         });
     }
-    const int status = WaitForWork();
-    if (status == KST_OK && *image != nullptr) {
-        WriteBitmap(**image, path);
+    if (const int status = WaitForWork(); status != KST_OK) {
+        return status;
     }
-    return status;
+    if (*image == nullptr) {
+        // The user has just closed the window, or memory was short, as below.
+        return View(view).m_open ? KST_OK : KST_ERROR_VIEW_NOT_OPEN;
+    }
+    try {
+        WriteBitmap(**image, path);
+    } catch (const std::bad_alloc&) {
+        // As any file that cannot be written.
+    }
+    return KST_OK;
 }

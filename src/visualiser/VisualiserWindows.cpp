@@ -1,5 +1,6 @@
 // Windows of the views: opening, closing, and what they take over from the records.
 
+#include <algorithm>
 #include <array>
 #include <exception>
 
@@ -11,6 +12,9 @@
 
 namespace {
 
+/// Of windows that stand where the user's file says.
+constexpr int kFarthest = 1'000'000;
+constexpr int kLargestSide = 8192;
 /// From where fog starts to where it hides everything.
 constexpr float kFogDepth = 100.0F;
 constexpr const char* kNoSplash = "-nosplash";
@@ -28,8 +32,11 @@ Rectangle DrawingArea(const CVisView& view) {
     int borderY = 0;
     int captionHeight = 0;
     mav_gfxFrameSizes(&borderX, &borderY, &captionHeight);
-    return {view.m_left + borderX, view.m_top + borderY + captionHeight, view.m_width - 2 * borderX,
-            view.m_height - 2 * borderY - captionHeight};
+    // The user's file may say anything.
+    const auto place = [](int value) { return std::clamp(value, -kFarthest, kFarthest); };
+    const auto side = [](int value) { return std::clamp(value, 0, kLargestSide); };
+    return {place(view.m_left) + borderX, place(view.m_top) + borderY + captionHeight,
+            side(view.m_width) - 2 * borderX, side(view.m_height) - 2 * borderY - captionHeight};
 }
 
 CVisView& ViewOf(const MAV_window* window) {
@@ -161,6 +168,7 @@ void CVisualiser::OpenWindow(CVisView& view) {
 void CVisualiser::CloseWindow(CVisView& view) noexcept {
     const std::lock_guard lock(m_frameLock);
     view.m_open = view.m_index == 0;
+    m_flyingToScene[static_cast<std::size_t>(view.m_index)] = false;
     if (view.m_window != nullptr) {
         m_navigation->Detach(view);
         mav_windowDelete(view.m_window);
@@ -179,6 +187,9 @@ void CVisualiser::WindowClosedByUser(CVisView& view) noexcept {
 }
 
 void CVisualiser::SaveWindowPlacements() noexcept {
+    if (!m_onScreen) {
+        return;  // the user's places are those on a screen
+    }
     for (CVisView* view : g_views) {
         if (view->m_window == nullptr) {
             continue;
@@ -218,6 +229,7 @@ void CVisualiser::CloseDisplay() noexcept {
     }
     m_work.clear();
     m_workAfterFrame.clear();
+    m_textureOrders.clear();
     mav_shutdown();
     g_sceneDirty = false;
     g_activeInteractions = 0;

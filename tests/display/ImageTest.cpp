@@ -85,12 +85,14 @@ TEST_F(ImageTest, WhatIsRefused) {
 TEST_F(ImageTest, SlotKeepsItsImageWhenAFileIsRefused) {
     MAV_palette palette(10, 1);
     ASSERT_TRUE(Read("P3 1 1 255 1 2 3"));
-    EXPECT_TRUE(mav_paletteTextureSet(palette, 99, m_file));
-    EXPECT_FALSE(mav_paletteTextureSet(palette, 99, m_file + ".none"));
+    palette.textures[99].alpha = 0.5f;
+    EXPECT_TRUE(mav_paletteTextureSet(palette, 99, mav_imageRead(m_file)));
+    EXPECT_EQ(palette.textures[99].alpha, 1);
+    EXPECT_FALSE(mav_paletteTextureSet(palette, 99, mav_imageRead(m_file + ".none")));
     ASSERT_TRUE(palette.textures[99].image);
     EXPECT_EQ(palette.textures[99].image->rgb, (Bytes{1, 2, 3}));
-    EXPECT_FALSE(mav_paletteTextureSet(palette, 100, m_file));
-    EXPECT_FALSE(mav_paletteTextureSet(palette, -1, m_file));
+    EXPECT_FALSE(mav_paletteTextureSet(palette, 100, mav_imageRead(m_file)));
+    EXPECT_FALSE(mav_paletteTextureSet(palette, -1, mav_imageRead(m_file)));
 }
 
 }  // namespace

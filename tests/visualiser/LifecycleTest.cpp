@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "Shown.h"
+#include "visualiser/RenderThread.h"
 
 namespace {
 
@@ -89,6 +90,19 @@ void ExpectSuccessInAnotherProcess(Body&& body) {
 #endif
     };
     EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST(Display, AHostMayLeaveWhileItDraws) {
+    ExpectSuccessInAnotherProcess([] {
+        if (KST_Initialisation(true, false, false) != KST_OK ||
+            KST_SuspendVisualisation() != KST_OK || KST_ResumeVisualisation() != KST_OK) {
+            return 1;
+        }
+        // Frames without a pause, in one of which the process ends.
+        g_activeInteractions = 1;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        return 0;
+    });
 }
 
 TEST(Display, WithoutAnyTheLibraryRunsHeadless) {

@@ -252,6 +252,13 @@ TEST_F(Navigated, SpaceTellsOfTheObjectUnderTheMouse) {
     EXPECT_NEAR(-2, pickedX, 0.1F);
     EXPECT_NEAR(0, pickedY, 0.1F);
     EXPECT_NEAR(1, pickedZ, 0.2F);
+    // A tap that is over before a frame sees it counts too, and nothing else asks for that frame.
+    m_hand.Press("space");
+    m_hand.Release("space");
+    for (int i = 0; i < 200 && picks < 2; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(2, picks);
     // Past the objects, with the group hidden, and without a callback: nothing.
     m_hand.MoveTo(x, 5);
     Press("space");
@@ -264,7 +271,7 @@ TEST_F(Navigated, SpaceTellsOfTheObjectUnderTheMouse) {
     EXPECT_EQ(KST_OK, KST_SetObjectSelectCallback(nullptr));
     Press("space");
     Release("space");
-    EXPECT_EQ(1, picks);
+    EXPECT_EQ(2, picks);
 }
 
 TEST_F(Navigated, TheKeyZFliesTheViewOfItsWindow) {

@@ -1,8 +1,11 @@
+#include <sys/stat.h>
 #include <array>
+#include <filesystem>
 #include <tuple>
 #include <utility>
 
 #include "Shown.h"
+#include "visualiser/VisView.h"
 
 namespace {
 
@@ -56,6 +59,12 @@ TEST_F(Shown, TheCentreKeepsItsDistanceFromTheEye) {
     EXPECT_EQ((Three{0, 0, 5}), place.eye);
     EXPECT_EQ((Three{0, 0, 4.5F}), place.point);
     EXPECT_EQ((Three{0, 1, 0}), place.up);
+    // A camera that is to look at its own place looks where it did.
+    EXPECT_EQ(KST_OK, KST_SetViewParams(0, 1, 2, 3, 1, 2, 3, 0, 1, 0));
+    EXPECT_EQ((Three{1, 2, 2.5F}), CameraOf(0).point);
+    // One that looks along its own up direction has another one.
+    EXPECT_EQ(KST_OK, KST_SetViewParams(0, 0, 9, 0, 0, 0, 0, 0, 1, 0));
+    EXPECT_EQ(0, CameraOf(0).up[1]);
 }
 
 TEST_F(Shown, AnObjectIsSeenWhereItIsAndOnlyWhereItsGroupIs) {
@@ -214,8 +223,34 @@ TEST_F(Shown, TexturesAreReadAndBrokenFilesLeaveTheSlot) {
     };
     EXPECT_TRUE(sides(-0.5).IsRed()) << sides(-0.5);
     EXPECT_TRUE(sides(0.5).IsBlue()) << sides(0.5);
-    EXPECT_EQ(KST_OK, KST_LoadTexture(3, broken.c_str(), 1));
-    EXPECT_TRUE(sides(-0.5).IsRed());
+    const ::Colour opaque = sides(-0.5);
+    EXPECT_EQ(KST_OK, KST_LoadTexture(3, broken.c_str(), 0.3F));
+    EXPECT_EQ(opaque, sides(-0.5));
+    EXPECT_EQ(KST_OK, KST_LoadTexture(3, halves.c_str(), 0.3F));
+    EXPECT_LT(sides(-0.5).r, opaque.r / 2);
+    // Opacity is the picture's, not the place's.
+    EXPECT_EQ(KST_OK, KST_LoadTexture(3, halves.c_str(), 1));
+    EXPECT_EQ(opaque, sides(-0.5));
+}
+
+TEST_F(Shown, WhatCannotBeWrittenOrDrawnLeavesNothingBehind) {
+    const std::string pipe = (m_folder / "pipe").string();
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    EXPECT_EQ(KST_OK, KST_ScreenCapture(0, pipe.c_str()));
+    EXPECT_EQ(KST_OK, KST_ScreenCapture(0, (m_folder / "none/picture.bmp").string().c_str()));
+    // The running program can be replaced, but not written.
+    const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe");
+    EXPECT_EQ(KST_OK, KST_ScreenCapture(0, self.c_str()));
+    EXPECT_TRUE(std::filesystem::exists(self));
+    EXPECT_EQ(KST_OK, KST_SuspendVisualisation());
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(KST_ERROR_NOT_RENDERING, KST_ScreenCapture(0, "/dev/null"));
+        EXPECT_EQ(KST_OK, KST_SetBackgroundColor(0, 0, 0, static_cast<float>(i) / 2));
+    }
+    EXPECT_EQ(KST_ERROR_NOT_RENDERING, KST_ShowView(1, "refused"));
+    EXPECT_NE("refused", g_views[1]->m_name);
+    EXPECT_EQ(KST_OK, KST_ResumeVisualisation());
+    EXPECT_EQ(255, Capture().At(0, 0).b);
 }
 
 TEST_F(Shown, OrthogonalViewsShowSizesWhateverTheDistance) {

@@ -65,9 +65,17 @@ void PlaceMouse(MAV_window& window, int x, int y) {
     windowSystem->mouseWindow = &window;
 }
 
+/// The key that was told when it went down: the user may have changed the layout since.
+int ReleasedKey(const SDL_Keysym& keysym) {
+    const auto pressed = windowSystem->keysOfPlaces.find(keysym.scancode);
+    return keysym.scancode == SDL_SCANCODE_UNKNOWN || pressed == windowSystem->keysOfPlaces.end()
+               ? KeyOf(keysym)
+               : pressed->second;
+}
+
 void OnKey(const SDL_KeyboardEvent& event) {
     WindowSystem& system = *windowSystem;
-    const int key = KeyOf(event.keysym);
+    const int key = event.type == SDL_KEYUP ? ReleasedKey(event.keysym) : KeyOf(event.keysym);
     const auto held = system.heldKeys.find(key);
     if (event.type == SDL_KEYUP) {
         if (held != system.heldKeys.end()) {
@@ -76,6 +84,9 @@ void OnKey(const SDL_KeyboardEvent& event) {
             TellKey(window, key, kReleased);
         }
         return;
+    }
+    if (event.repeat == 0) {
+        system.keysOfPlaces[event.keysym.scancode] = key;
     }
     MAV_window* const window = FindWindow(event.windowID);
     if (window != nullptr && event.repeat == 0 && held == system.heldKeys.end()) {
@@ -238,11 +249,13 @@ void mav_callbackCloseSet(MAV_window* /*window*/, MAV_windowFn function) noexcep
     windowSystem->close = function;
 }
 
-void mav_mouseRootSet(int x, int y) noexcept {
-    if (SDL_WarpMouseGlobal(x, y) == 0) {
-        mav_mouse_root_x = x;
-        mav_mouse_root_y = y;
+bool mav_mouseRootSet(int x, int y) noexcept {
+    if (SDL_WarpMouseGlobal(x, y) != 0) {
+        return false;
     }
+    mav_mouse_root_x = x;
+    mav_mouse_root_y = y;
+    return true;
 }
 
 bool mav_keyHeld(int key) noexcept {

@@ -233,7 +233,13 @@ class Collector {
         const auto next = static_cast<std::uint32_t>(shapes.size());
         const auto [found, isNew] = m_data.shapeNumbers.try_emplace(shape, next);
         if (isNew) {
-            shapes.push_back(shape);
+            try {
+                shapes.push_back(shape);
+            } catch (...) {
+                // Both stand for the next frame too.
+                m_data.shapeNumbers.erase(found);
+                throw;
+            }
         }
         last = found->second;
         return last;

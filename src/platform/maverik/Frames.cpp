@@ -62,7 +62,8 @@ class FrameFunctions {
     std::vector<FrameFunction> m_entries;
 };
 
-std::array<FrameFunctions, 3> lists;
+// Stand until the process ends, as the window system does.
+std::array<FrameFunctions, 3>& lists = *std::make_unique<std::array<FrameFunctions, 3>>().release();
 
 bool IsHeld() {
     return !windowSystem->heldKeys.empty() || !windowSystem->heldButtons.empty();

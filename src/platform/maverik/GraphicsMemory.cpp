@@ -109,7 +109,7 @@ unsigned int TextureCache::Get(const std::shared_ptr<const MAV_image>& image) {
         return entry.name;
     }
     glDeleteTextures(1, &entry.name);
-    entry = {image, 0};
+    entry = {};
 
     GLint longest = 1;
     glGetIntegerv(GL_MAX_TEXTURE_SIZE, &longest);
@@ -136,6 +136,8 @@ unsigned int TextureCache::Get(const std::shared_ptr<const MAV_image>& image) {
         glDeleteTextures(1, &entry.name);
         entry.name = 0;
     }
+    // At last: what ran out of memory is tried again.
+    entry.image = image;
     return entry.name;
 }
 

@@ -160,14 +160,11 @@ std::shared_ptr<const MAV_image> mav_imageRead(const std::string& file) {
     return PixmapReader(file).Read();
 }
 
-bool mav_paletteTextureSet(MAV_palette& palette, int index, const std::string& file) {
-    if (index < 0 || index >= kMostTextures) {
+bool mav_paletteTextureSet(MAV_palette& palette, int index,
+                           std::shared_ptr<const MAV_image> image) noexcept {
+    if (index < 0 || index >= kMostTextures || !image) {
         return false;
     }
-    std::shared_ptr<const MAV_image> image = mav_imageRead(file);
-    if (!image) {
-        return false;
-    }
-    palette.textures[static_cast<std::size_t>(index)].image = std::move(image);
+    palette.textures[static_cast<std::size_t>(index)] = {std::move(image), 1};
     return true;
 }

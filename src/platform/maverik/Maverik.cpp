@@ -167,6 +167,16 @@ MAV_vector mav_vectorNormalize(const MAV_vector& a) {
     return length == 0 ? a : ToFloat(v / length);
 }
 
+MAV_vector mav_vectorDirection(const MAV_vector& a, const MAV_vector& otherwise) noexcept {
+    const MAV_vector unit = mav_vectorNormalize(a);
+    const float length = mav_vectorDotProduct(unit, unit);
+    return length > 0.5F && length < 1.5F ? unit : otherwise;
+}
+
+MAV_vector mav_vectorAcross(const MAV_vector& view) noexcept {
+    return mav_vectorDirection({-view.z, 0, view.x}, {1, 0, 0});
+}
+
 MAV_viewParams mav_viewParamsInterpolate(const MAV_viewParams& a, const MAV_viewParams& b,
                                          float s) {
     if (s == 0.0f)

@@ -70,6 +70,10 @@ MAV_vector mav_vectorCrossProduct(const MAV_vector& a, const MAV_vector& b);
 float mav_vectorDotProduct(const MAV_vector& a, const MAV_vector& b);
 /// a scaled to length 1; the zero vector stays as it is.
 MAV_vector mav_vectorNormalize(const MAV_vector& a);
+/// The same, but `otherwise` for what has no direction: no length, or one that is not finite.
+MAV_vector mav_vectorDirection(const MAV_vector& a, const MAV_vector& otherwise) noexcept;
+/// Some unit vector at a right angle to `view`, level where y is up.
+MAV_vector mav_vectorAcross(const MAV_vector& view) noexcept;
 
 /// The camera at s between a (s = 0) and b (s = 1): the eye moves on a straight line, the frame of
 /// view, up and right turns about one axis at constant speed, the shorter way round. At 0 and 1 the

@@ -39,9 +39,18 @@ void mav_navigateForwards(MAV_viewParams& params, float amount, float linear, fl
 
 void mav_navigateForwardsFixedUp(MAV_viewParams& params, float amount, float linear,
                                  float /*angular*/) {
-    const float upwards = mav_vectorDotProduct(params.view, params.fixed_up);
-    const MAV_vector level = mav_vectorSub(params.view, mav_vectorScalar(params.fixed_up, upwards));
-    Move(params, mav_vectorNormalize(level), amount * linear);
+    const auto level = [&params](const MAV_vector& v) {
+        const float upwards = mav_vectorDotProduct(v, params.fixed_up);
+        return mav_vectorSub(v, mav_vectorScalar(params.fixed_up, upwards));
+    };
+    // Seen from straight above, forwards is where the picture's upper edge is.
+    constexpr float kLeastLevel = 1e-3F;
+    MAV_vector forwards = level(params.view);
+    if (mav_vectorDotProduct(forwards, forwards) < kLeastLevel * kLeastLevel) {
+        const bool looksUp = mav_vectorDotProduct(params.view, params.fixed_up) > 0;
+        forwards = mav_vectorScalar(level(params.up), looksUp ? -1.0F : 1.0F);
+    }
+    Move(params, mav_vectorNormalize(forwards), amount * linear);
 }
 
 void mav_navigateRight(MAV_viewParams& params, float amount, float linear, float /*angular*/) {

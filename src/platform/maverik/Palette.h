@@ -64,9 +64,10 @@ void mav_paletteMaterialGet(const MAV_palette& palette, int index, float* r, flo
                             float* a) noexcept;
 /// Alpha of all four colours of the material.
 void mav_paletteMaterialAlphaSet(MAV_palette& palette, int index, float alpha) noexcept;
-/// Reads a portable pixmap (mav_imageRead) into the slot. A file that is not one leaves the slot as
-/// it was, and false comes back.
-bool mav_paletteTextureSet(MAV_palette& palette, int index, const std::string& file);
+/// Puts an image into the slot, opaque. Null, as mav_imageRead gives it for what is no picture,
+/// leaves the slot as it was, and false comes back.
+bool mav_paletteTextureSet(MAV_palette& palette, int index,
+                           std::shared_ptr<const MAV_image> image) noexcept;
 void mav_paletteTextureAlphaSet(MAV_palette& palette, int index, float alpha) noexcept;
 void mav_paletteLightSet(MAV_palette& palette, int index, const MAV_colour& ambient,
                          const MAV_colour& diffuse, const MAV_colour& specular) noexcept;

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <utility>
 
 namespace screen {
 
@@ -41,6 +42,10 @@ std::atomic<bool> lost{false};
 std::atomic<Display*> watched{nullptr};
 Xlib::ErrorHandler former = nullptr;
 Xlib::LossHandler formerOfLoss = nullptr;
+/// Those before the first watch. A host's handler that was set during one may call this library's
+/// again, and has then become the former one of the next.
+Xlib::ErrorHandler first = nullptr;
+Xlib::LossHandler firstOfLoss = nullptr;
 /// What a host has set since, or the one of this library.
 Xlib::ErrorHandler latest = nullptr;
 void (*tellLoss)() noexcept = nullptr;
@@ -48,16 +53,24 @@ bool isHandling = false;
 /// SDL has several connections; they have in common the thread that uses them.
 thread_local bool isWatched = false;
 
+/// Calls `handler`, or `last` if it has led here.
+template <class Handler, class... Arguments>
+int PassOn(Handler handler, Handler last, Arguments... arguments) {
+    thread_local bool isPassing = false;
+    const Handler next = isPassing ? last : handler;
+    const bool wasPassing = std::exchange(isPassing, true);
+    const int answer = next == nullptr ? 0 : next(arguments...);
+    isPassing = wasPassing;
+    return answer;
+}
+
 int PassOver(Display* display, XErrorEvent* event) {
-    if (display == watched.load()) {
-        return 0;
-    }
-    return former == nullptr ? 0 : former(display, event);
+    return display == watched.load() ? 0 : PassOn(former, first, display, event);
 }
 
 int StandStill(Display* display) {
     if (!isWatched) {
-        return formerOfLoss == nullptr ? 0 : formerOfLoss(display);
+        return PassOn(formerOfLoss, firstOfLoss, display);
     }
     lost = true;
     // The end of the process takes this lock once more, and may not wait for it.
@@ -99,6 +112,11 @@ void Watch(SDL_Window* window, void (*onLoss)() noexcept) noexcept {
     isWatched = true;
     former = xlib.setErrorHandler(PassOver);
     formerOfLoss = xlib.setLossHandler(StandStill);
+    static const bool isFirst [[maybe_unused]] = [] {
+        first = former;
+        firstOfLoss = formerOfLoss;
+        return true;
+    }();
     isHandling = true;
 }
 

@@ -74,6 +74,8 @@ struct WindowSystem {
 
     /// What is held down, and in which window it was pressed.
     std::map<int, MAV_window*> heldKeys;
+    /// What was told of the key at each place of the keyboard when it went down last.
+    std::map<int, int> keysOfPlaces;
     std::map<int, MAV_window*> heldButtons;
     std::map<int, int> presses;  ///< of each key
     MAV_window* mouseWindow = nullptr;
@@ -83,7 +85,7 @@ struct WindowSystem {
     bool isStillNext = false;  ///< the next frame is to be one that stands
 };
 
-extern std::unique_ptr<WindowSystem> windowSystem;
+extern std::unique_ptr<WindowSystem>& windowSystem;
 
 MAV_window* FindWindow(Uint32 sdlId) noexcept;
 /// Brings width and height in line with the drawing area.

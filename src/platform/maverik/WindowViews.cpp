@@ -27,12 +27,6 @@ bool IsFinite(const MAV_vector& v) {
 }
 
 /// The unit vector; `otherwise` where there is none.
-MAV_vector Direction(const MAV_vector& v, const MAV_vector& otherwise) {
-    const MAV_vector unit = mav_vectorNormalize(v);
-    const float length = mav_vectorDotProduct(unit, unit);
-    return length > 0.5F && length < 1.5F ? unit : otherwise;
-}
-
 WindowProjection MakeProjection(bool orthogonal, float nearest, float farthest, float size,
                                 float aspect) {
     WindowProjection p;
@@ -92,11 +86,10 @@ CameraFrame CameraOf(const MAV_window& window) noexcept {
         params.mod(params);
     }
     frame.eye = IsFinite(params.eye) ? params.eye : MAV_vector{0, 0, 0};
-    frame.view = Direction(params.view, {0, 0, -1});
+    frame.view = mav_vectorDirection(params.view, {0, 0, -1});
     // A camera that looks along its own up direction has some other one.
-    const MAV_vector level = {-frame.view.z, 0, frame.view.x};
-    const MAV_vector anyRight = Direction(level, {1, 0, 0});
-    frame.right = Direction(mav_vectorCrossProduct(frame.view, params.up), anyRight);
+    frame.right = mav_vectorDirection(mav_vectorCrossProduct(frame.view, params.up),
+                                      mav_vectorAcross(frame.view));
     frame.up = mav_vectorCrossProduct(frame.right, frame.view);
     return frame;
 }
@@ -199,7 +192,8 @@ void mav_mouseRay(const MAV_window* window, MAV_vector* pos, MAV_vector* dir) no
     const MAV_vector way = WayInView(*window, right, up, state.projection.nearest);
     *pos = mav_vectorAdd(state.camera.eye, way);
     // Not from one point to the other: far from the origin those have lost the digits of the way.
-    *dir = state.projection.orthogonal ? state.camera.view : Direction(way, state.camera.view);
+    *dir = state.projection.orthogonal ? state.camera.view
+                                       : mav_vectorDirection(way, state.camera.view);
 }
 
 void UpdateMouseRay() noexcept {

@@ -12,7 +12,9 @@
 #include "platform/maverik/ScreenProbe.h"
 #include "platform/maverik/WindowState.h"
 
-std::unique_ptr<WindowSystem> windowSystem;
+// Stands until the process ends: a host may leave it while frames are drawn.
+std::unique_ptr<WindowSystem>& windowSystem =
+    *std::make_unique<std::unique_ptr<WindowSystem>>().release();
 
 namespace {
 

@@ -211,8 +211,8 @@ extern int mav_mouse_x, mav_mouse_y, mav_mouse_root_x, mav_mouse_root_y;
 extern MAV_vector mav_mouse_pos, mav_mouse_dir;
 /// The same for one window, wherever the mouse is.
 void mav_mouseRay(const MAV_window* window, MAV_vector* pos, MAV_vector* dir) noexcept;
-/// Puts the mouse to a place on the screen.
-void mav_mouseRootSet(int x, int y) noexcept;
+/// Puts the mouse to a place on the screen. False where the window system does not let it.
+bool mav_mouseRootSet(int x, int y) noexcept;
 /// The window has the keyboard.
 bool mav_windowIsActive(const MAV_window* window) noexcept;
 bool mav_keyHeld(int key) noexcept;
