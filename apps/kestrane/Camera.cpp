@@ -2,14 +2,19 @@
 
 #include <charconv>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
 
 #include "Failure.h"
+#include "Names.h"
 #include "Numbers.h"
 #include "Output.h"
 #include "OutputFile.h"
 #include "frame/CheckerApp.h"
 #include "kestrane.h"
+#include "model/Group.h"
+#include "model/ModelLock.h"
+#include "model/Registries.h"
 #include "visualiser/Display.h"
 
 namespace {
@@ -32,11 +37,15 @@ std::array<float, 3> ParsePoint(const std::vector<std::string>& texts, const cha
 
 }  // namespace
 
-void Camera::AddTo(CLI::App& command) {
-    command.add_option("--view", m_viewText, "The view, 0 to 3; 0, the main view, by default")
-        ->option_text("N");
-    command.add_option("--size", m_sizeText, "Size of the picture in pixels; 1000x800 by default")
-        ->option_text("WxH");
+void Camera::AddTo(CLI::App& command, CLI::Option* pictures) {
+    CLI::Option* const view =
+        command.add_option("--view", m_viewText, "The view, 0 to 3; 0, the main view, by default")
+            ->option_text("N");
+    CLI::Option* const size =
+        command
+            .add_option("--size", m_sizeText,
+                        "Size of the picture in pixels, up to 8192x8192; 1000x800 by default")
+            ->option_text("WxH");
     const auto addPoint = [&command](const char* option, std::vector<std::string>& texts,
                                      const char* help) {
         return command.add_option(option, texts, help)->expected(3)->option_text("X Y Z");
@@ -48,6 +57,10 @@ void Camera::AddTo(CLI::App& command) {
         ->needs(point);
     eye->needs(point);
     point->needs(eye);
+    for (CLI::Option* const option : {view, size, eye}) {
+        if (pictures != nullptr)
+            option->needs(pictures);
+    }
 }
 
 void Camera::Parse() {
@@ -76,13 +89,18 @@ void Camera::Parse() {
 void Camera::Apply() const {
     CDisplay& display = *Application().Display();
     const bool ofFile = HasCameraOfFile(m_view);
-    if (m_view != 0)
+    if (m_view != 0) {
         Require(KST_ShowView(m_view, nullptr), "view " + std::to_string(m_view));
+        ShowSceneIn(m_view);
+    }
     display.SetWindowSize(m_view, m_width, m_height);
-    if (m_given)
+    if (m_given) {
+        // A flight of the file would go on from here.
+        KST_ClearViewKeyStates(m_view);
         Require(KST_SetViewParams(m_view, m_eye[0], m_eye[1], m_eye[2], m_point[0], m_point[1],
                                   m_point[2], m_up[0], m_up[1], m_up[2]),
                 "camera");
+    }
     if (m_given || ofFile)
         display.FitClipping(m_view);
     else
@@ -97,8 +115,24 @@ bool HasCameraOfFile(int view) {
     return now != start;
 }
 
+void ShowSceneIn(int view) {
+    for (const auto& [id, group] : g_groups) {
+        if (group->IsVisibleInView(view))
+            return;
+    }
+    const std::lock_guard lock(g_modelLock);
+    g_visualiser->ShowGroup(g_groups.at(0), view);
+}
+
+void RequirePictureName(const std::string& file) {
+    if (!HasSuffix(file, ".bmp"))
+        throw Failure("OUT: " + Quoted(file) + " is no picture; its name ends in .bmp");
+}
+
 void WritePicture(int view, const std::string& file) {
     OutputFile output(file);
+    // The camera may have flown since the last picture.
+    Application().Display()->FitClipping(view);
     Require(KST_ScreenCapture(view, output.TemporaryName().c_str()), file);
     std::error_code error;
     if (std::filesystem::file_size(output.TemporaryName(), error) == 0 || error)

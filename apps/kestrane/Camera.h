@@ -8,8 +8,8 @@
 /// From where a picture is taken and how large it is, as given on the command line.
 class Camera {
   public:
-    /// --view, --size, --eye, --point, --up.
-    void AddTo(CLI::App& command);
+    /// --view, --size, --eye, --point, --up; these need the option `pictures`, unless it is null.
+    void AddTo(CLI::App& command, CLI::Option* pictures = nullptr);
     /// Throws Failure if an argument makes no sense. Needs no scene.
     void Parse();
     /// Opens the view, if it is not the main one, and puts its camera to its place: the one that
@@ -38,6 +38,13 @@ class Camera {
 
 /// The scene file has put the camera of the view somewhere.
 bool HasCameraOfFile(int view);
+
+/// Shows all of the scene in a view in which nothing of it is shown: groups are visible in the main
+/// view alone unless somebody says otherwise.
+void ShowSceneIn(int view);
+
+/// Throws Failure unless the name is that of a BMP file.
+void RequirePictureName(const std::string& file);
 
 /// Writes what the view shows now as a BMP file, whole or not at all. Throws Failure.
 void WritePicture(int view, const std::string& file);

@@ -20,6 +20,7 @@ struct CaptureOptions {
 
 int RunCapture(CaptureOptions& options) {
     options.camera.Parse();
+    RequirePictureName(options.picture);
     const double time = ParseTime(options.time, "--time");
     Scene scene(options.file, Showing::kInMemory);
     options.camera.Apply();

@@ -26,6 +26,7 @@
 #include "model/SceneObject.h"
 #include "platform/settings/ProfileStore.h"
 #include "visualiser/Display.h"
+#include "visualiser/VisView.h"
 
 namespace {
 
@@ -197,6 +198,20 @@ void RequireDisplay(Showing showing) {
         throw Failure("there is no screen to open a window on; \"kestrane capture\" needs none");
 }
 
+/// An empty scene, with all views open.
+void Restart() {
+    KST_End();
+    Require(KST_Initialisation(true, false, false), "start");
+    for (int view = 1; view < kViewCount; ++view)
+        Require(KST_ShowView(view, nullptr), "view " + std::to_string(view));
+}
+
+/// Their cameras stay.
+void CloseViews() {
+    for (int view = 1; view < kViewCount; ++view)
+        Require(KST_HideView(view), "view " + std::to_string(view));
+}
+
 std::string PairContext(int group1, int group2) {
     return GroupName(group1) + " and " + GroupName(group2);
 }
@@ -220,7 +235,14 @@ Scene::Scene(const std::string& file, Showing showing) : m_file(file) {
         if (showing != Showing::kNowhere)
             RequireDisplay(showing);
         char* errorText = nullptr;
-        const int code = Load(file, &errorText);
+        int code = Load(file, &errorText);
+        if (code == KST_ERROR_VIEW_NOT_OPEN) {
+            // The file puts the camera of a view somewhere that is closed: once more, with all
+            // open.
+            Restart();
+            code = Load(file, &errorText);
+            CloseViews();
+        }
         if (code != KST_OK)
             FailToLoad(file, code, errorText);
         RequireAllLoaded(file);

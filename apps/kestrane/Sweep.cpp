@@ -44,7 +44,7 @@ struct SweepOptions {
     bool distances = false;
     bool json = false;
     bool csv = false;
-    std::string frames;
+    std::optional<std::string> frames;
     Camera camera;
 };
 
@@ -271,7 +271,7 @@ SweepPlan MakePlan(const SweepOptions& options) {
 ExitStatus RunSweep(SweepOptions& options) {
     SweepPlan plan = MakePlan(options);
     options.camera.Parse();
-    const bool withFrames = !options.frames.empty();
+    const bool withFrames = options.frames.has_value();
     Scene scene(options.file, withFrames ? Showing::kInMemory : Showing::kNowhere);
     plan.group1 = scene.FindGroup(options.group1);
     plan.group2 = scene.FindGroup(options.group2);
@@ -286,7 +286,7 @@ ExitStatus RunSweep(SweepOptions& options) {
     RequireChecked(plan.group2);
     std::optional<SweepFrames> frames;
     if (withFrames)
-        frames.emplace(options.frames, options.camera);
+        frames.emplace(*options.frames, options.camera);
     report->Start(plan);
     const SweepSummary summary = Sweep(scene, plan, *report, frames ? &*frames : nullptr).Run();
     report->Finish(summary);
@@ -334,11 +334,12 @@ void AddSweepCommand(CLI::App& program, Action& action) {
         ->option_text("[=TOL]");
     CLI::Option* json = command.add_flag("--json", options->json, "Answer in JSON");
     command.add_flag("--csv", options->csv, "Answer in comma-separated values")->excludes(json);
-    command
-        .add_option("--frames", options->frames,
-                    "Write a picture of each step to DIR, objects in contact in red; needs no\n"
-                    "screen")
-        ->option_text("DIR");
-    options->camera.AddTo(command);
+    CLI::Option* const frames =
+        command
+            .add_option("--frames", options->frames,
+                        "Write a picture of each step to DIR, objects in contact in red; needs no\n"
+                        "screen")
+            ->option_text("DIR");
+    options->camera.AddTo(command, frames);
     command.callback([options, &action] { action = [options] { return RunSweep(*options); }; });
 }

@@ -42,6 +42,8 @@ class ViewSettings {
                          g_views[i]->m_navigationSpeed};
     }
     ~ViewSettings() {
+        // What is queued comes before, or not any more.
+        KST_SuspendVisualisation();
         g_visualiser->LockFrame();
         for (std::size_t i = 0; i < m_kept.size(); ++i) {
             const auto& [fogStart, nearClip, farClip, speed] = m_kept[i];
@@ -67,10 +69,11 @@ struct Place {
 
 /// Where windows open that the user has not put anywhere yet, and how they see the scene: from a
 /// corner, from the front, from above, from the right.
-constexpr Place kPlaces[kViewCount] = {{40, 40, 800, 640, {2, 1, 2}, {0, 1, 0}},
-                                       {880, 40, 480, 360, {0, 0, 1}, {0, 1, 0}},
-                                       {880, 460, 480, 360, {0, 1, 0}, {0, 0, -1}},
-                                       {880, 880, 480, 360, {1, 0, 0}, {0, 1, 0}}};
+/// All four stand on a screen of 1280 x 1024.
+constexpr Place kPlaces[kViewCount] = {{20, 40, 780, 640, {2, 1, 2}, {0, 1, 0}},
+                                       {840, 40, 400, 270, {0, 0, 1}, {0, 1, 0}},
+                                       {840, 360, 400, 270, {0, 1, 0}, {0, 0, -1}},
+                                       {840, 680, 400, 270, {1, 0, 0}, {0, 1, 0}}};
 
 bool IsUnplaced(const CVisView& view) {
     return view.m_left == 0 && view.m_top == 0 && view.m_width == 300 && view.m_height == 300;
@@ -89,6 +92,7 @@ void OpenView(int index) {
             view.m_height = place.height;
         }
         Require(KST_ShowView(index, nullptr), "view " + std::to_string(index));
+        ShowSceneIn(index);
     } else if (IsUnplaced(view)) {
         display.SetWindowSize(0, place.width, place.height);
     }

@@ -121,6 +121,10 @@ int main(int argc, char** argv) {
     // Whoever reads the output may stop doing so; the program then ends without a word, also when
     // its parent ignores the signal.
     std::signal(SIGPIPE, SIG_DFL);
+#ifdef SIGXFSZ
+    // A file that is not to grow further gives an error.
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
 #endif
     try {
         return Run(argc, argv);

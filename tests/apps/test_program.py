@@ -679,8 +679,21 @@ class Pictures(SceneCase):
         self.assertEqual(self.pixel(self.picture, 200, 150), (255, 255, 255))
         run("capture", self.scene, self.picture, "--size", "400x300", *self.CAMERA, "--time", 1)
         self.assert_hue(self.pixel(self.picture, 210, 150), 2)
-        answer = self.json_of(0, "capture", self.scene, self.picture, "--view", 2, "--size", "30x20")
-        self.assertEqual((answer["view"], answer["width"], answer["height"]), (2, 30, 20))
+        # The other views show the scene too, though nobody has said so.
+        answer = self.json_of(0, "capture", self.scene, self.picture, "--view", 2, "--size", "40x30", *self.CAMERA)
+        self.assertEqual((answer["view"], answer["width"], answer["height"]), (2, 40, 30))
+        self.assert_hue(self.pixel(self.picture, 20 + 7, 15), 1)
+
+    def test_cameras_of_the_file_and_of_the_command_line(self):
+        motion = """<viewMotion cyclic="false"><viewKeyState time="0"><eye x="50" y="0" z="0"/><view x="49" y="0" z="0"/></viewKeyState>
+          <viewKeyState time="1"><eye x="2" y="0" z="4"/><view x="2" y="0" z="0"/></viewKeyState></viewMotion>"""
+        for view in (0, 2):
+            scene = self.write("flight.xml", self.SCENE + f'<viewParams viewID="{view}">{motion}</viewParams>')
+            options = ("--view", view, "--size", "400x300", "--time", 1)
+            self.assertEqual(run("capture", scene, self.picture, *options).returncode, 0)
+            self.assert_hue(self.pixel(self.picture, 200, 150), 1)
+            self.assertEqual(run("capture", scene, self.picture, *options, *self.CAMERA).returncode, 0)
+            self.assert_hue(self.pixel(self.picture, 200, 150), 2)
 
     def test_frames_of_a_sweep_show_contact_in_red(self):
         frames = self.folder / "new" / "frames"
@@ -703,6 +716,18 @@ class Pictures(SceneCase):
             with self.subTest(arguments=arguments):
                 self.assert_failure(run("capture", self.scene, self.picture, *arguments), *words)
         self.assert_failure(run("capture", self.scene, self.folder / "none" / "p.bmp"), "p.bmp")
+        before = Path(self.scene).read_bytes()
+        self.assert_failure(run("capture", self.scene, self.scene), ".bmp")
+        self.assertEqual(Path(self.scene).read_bytes(), before)
+        # Room for half a picture.
+        full = subprocess.run(["bash", "-c", 'ulimit -f 100; exec "$0" capture "$1" "$2"', PROGRAM, self.scene,
+                               self.picture], capture_output=True, text=True, timeout=60)
+        self.assert_failure(full, "picture.bmp")
+        self.assertEqual([f.name for f in self.folder.iterdir() if "bmp" in f.name], [])
+        self.assert_failure(run("sweep", self.scene, "left", "right", "--from", 0, "--to", 1, "--step", 1,
+                                "--size", "40x30"), "--frames")
+        self.assert_failure(run("sweep", self.scene, "left", "right", "--from", 0, "--to", 1, "--step", 1,
+                                "--frames", ""), "--frames")
         self.assert_failure(run("sweep", self.scene, "left", "right", "--from", 0, "--to", 1, "--step", 1,
                                 "--frames", self.scene), "--frames")
         self.assertFalse(self.picture.exists())
