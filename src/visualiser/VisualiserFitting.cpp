@@ -23,13 +23,15 @@ constexpr float kRoomBehind = 4;
 constexpr float kDistanceAtSpeedOne = 30.0F;
 constexpr float kRadians = 0.017453293F;  // of a degree
 
-struct Ball {
+/// The box around all objects of a list, and the ball around it.
+struct Extent {
     MAV_vector centre;
+    MAV_vector half;
     float radius;
 };
 
-/// Around the box around all objects of the list; none if nothing in it has an extent.
-std::optional<Ball> BallAround(const MAV_SMS& sms) {
+/// None if nothing in the list has an extent.
+std::optional<Extent> ExtentOf(const MAV_SMS& sms) {
     MAV_vector low;
     MAV_vector high;
     if (!mav_SMSBox(&sms, low, high)) {
@@ -40,7 +42,35 @@ std::optional<Ball> BallAround(const MAV_SMS& sms) {
     if (!(radius > 0) || !std::isfinite(radius)) {
         return std::nullopt;
     }
-    return Ball{mav_vectorAdd(low, half), radius};
+    return Extent{mav_vectorAdd(low, half), half, radius};
+}
+
+/// How far from the middle of a scene a camera sees all of it, and half the height of it.
+struct Framing {
+    float distance;
+    float halfHeight;
+};
+
+Framing FrameOf(const Extent& extent, const MAV_viewParams& camera, float aspect) {
+    const MAV_vector view = mav_vectorDirection(camera.view, {0, 0, -1});
+    const MAV_vector right =
+        mav_vectorDirection(mav_vectorCrossProduct(view, camera.up), mav_vectorAcross(view));
+    const MAV_vector up = mav_vectorCrossProduct(right, view);
+    const float tangent = std::tan(kFieldOfView / 2 * kRadians);
+    // What is seen edge-on has a height too.
+    Framing framing = {kMargin * extent.radius, kNearShare * extent.radius};
+    for (int corner = 0; corner < 8; ++corner) {
+        const auto end = [corner](int bit, float half) {
+            return (corner & bit) != 0 ? half : -half;
+        };
+        const MAV_vector v = {end(1, extent.half.x), end(2, extent.half.y), end(4, extent.half.z)};
+        const float across = std::abs(mav_vectorDotProduct(v, right)) / aspect;
+        const float halfHeight = kMargin * std::max(across, std::abs(mav_vectorDotProduct(v, up)));
+        framing.halfHeight = std::max(framing.halfHeight, halfHeight);
+        framing.distance =
+            std::max(framing.distance, halfHeight / tangent - mav_vectorDotProduct(v, view));
+    }
+    return framing;
 }
 
 std::array<float, 3> Floats(const MAV_vector& v) {
@@ -52,21 +82,18 @@ std::array<float, 3> Floats(const MAV_vector& v) {
 void CVisualiser::ShowAll(int view) {
     QueueWork([this, view] {
         CVisView& record = *g_views[static_cast<std::size_t>(view)];
-        const std::optional<Ball> ball = BallAround(*record.m_sms);
-        if (!ball || record.m_window == nullptr) {
+        const std::optional<Extent> extent = ExtentOf(*record.m_sms);
+        if (!extent || record.m_window == nullptr) {
             return;
         }
-        const auto& [centre, radius] = *ball;
         const float aspect = static_cast<float>(record.m_window->width) /
                              static_cast<float>(record.m_window->height);
-        const float narrow = std::min(1.0F, aspect);
-        const float tangent = std::tan(kFieldOfView / 2 * kRadians) * narrow;
-        const float distance = kMargin * radius * std::hypot(1.0F, tangent) / tangent;
-        record.m_orthoSize = 2 * kMargin * radius / narrow;
+        const auto& [distance, halfHeight] = FrameOf(*extent, record.m_viewParams, aspect);
+        record.m_orthoSize = 2 * halfHeight;
         record.m_navigationSpeed = distance / kDistanceAtSpeedOne;
         const MAV_vector eye =
-            mav_vectorSub(centre, mav_vectorScalar(record.m_viewParams.view, distance));
-        ApplyViewParams(view, Floats(eye).data(), Floats(centre).data(),
+            mav_vectorSub(extent->centre, mav_vectorScalar(record.m_viewParams.view, distance));
+        ApplyViewParams(view, Floats(eye).data(), Floats(extent->centre).data(),
                         Floats(record.m_viewParams.up).data());
     });
     FitClipping(view);
@@ -75,14 +102,14 @@ void CVisualiser::ShowAll(int view) {
 void CVisualiser::FitClipping(int view) {
     QueueWork([this, view] {
         CVisView& record = *g_views[static_cast<std::size_t>(view)];
-        const std::optional<Ball> ball = BallAround(*record.m_sms);
-        if (!ball || record.m_window == nullptr) {
+        const std::optional<Extent> extent = ExtentOf(*record.m_sms);
+        if (!extent || record.m_window == nullptr) {
             return;
         }
-        const MAV_vector way = mav_vectorSub(ball->centre, record.m_viewParams.eye);
+        const MAV_vector way = mav_vectorSub(extent->centre, record.m_viewParams.eye);
         const float distance = std::hypot(way.x, way.y, way.z);
-        record.m_nearClip = kNearShare * std::max(distance, ball->radius);
-        record.m_farClip = distance + kRoomBehind * ball->radius;
+        record.m_nearClip = kNearShare * std::max(distance, extent->radius);
+        record.m_farClip = distance + kRoomBehind * extent->radius;
         record.m_fogStart = record.m_farClip;
         ApplyWindowSettings(record);
         m_overlays->BuildGrid(record);

@@ -42,7 +42,7 @@ CVisView& View(int view) noexcept {
 void SetRight(MAV_viewParams& camera) noexcept {
     const MAV_vector across = mav_vectorCrossProduct(camera.view, camera.up);
     camera.right = mav_vectorDirection(across, mav_vectorAcross(camera.view));
-    if (mav_vectorDotProduct(across, camera.right) <= 0) {
+    if (!(mav_vectorDotProduct(across, camera.right) > 0)) {
         camera.up = mav_vectorCrossProduct(camera.right, camera.view);
     }
 }

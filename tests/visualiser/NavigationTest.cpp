@@ -239,6 +239,9 @@ TEST_F(Navigated, SpaceTellsOfTheObjectUnderTheMouse) {
     const int box = Box(-2, 0, 0, 2);
     LookFrom(0, 0, 10);
     EXPECT_EQ(KST_OK, KST_SetObjectSelectCallback(Picked));
+    int count = 0;
+    ASSERT_EQ(KST_OK, KST_CheckPointCollision(m_group, -2, 0, 0, true, &count));
+    ASSERT_EQ(1, count);
     const Picture picture = Capture();
     const double pixels = picture.Height() / 2.0 / std::tan(22.5 * 3.14159265 / 180);
     // The middle of the box's front, 9 before the eye.
@@ -259,6 +262,11 @@ TEST_F(Navigated, SpaceTellsOfTheObjectUnderTheMouse) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     EXPECT_EQ(2, picks);
+    // The findings that the host has been told of are still there, and no more of them.
+    KstCollisionResult findings[2] = {};
+    EXPECT_EQ(KST_OK, KST_GetResults(findings));
+    EXPECT_EQ(box, findings[0].id1);
+    EXPECT_EQ(0, findings[1].id1);
     // Past the objects, with the group hidden, and without a callback: nothing.
     m_hand.MoveTo(x, 5);
     Press("space");
