@@ -16,6 +16,7 @@
 #include "model/ModelLock.h"
 #include "model/Registries.h"
 #include "visualiser/Display.h"
+#include "visualiser/VisView.h"
 
 namespace {
 
@@ -93,6 +94,7 @@ void Camera::Apply() const {
         Require(KST_ShowView(m_view, nullptr), "view " + std::to_string(m_view));
         ShowSceneIn(m_view);
     }
+    TintBackground(m_view);
     display.SetWindowSize(m_view, m_width, m_height);
     if (m_given) {
         // A flight of the file would go on from here.
@@ -122,6 +124,12 @@ void ShowSceneIn(int view) {
     }
     const std::lock_guard lock(g_modelLock);
     g_visualiser->ShowGroup(g_groups.at(0), view);
+}
+
+void TintBackground(int view) {
+    constexpr std::array<float, 3> kWhite = {1, 1, 1};
+    if (g_views[static_cast<std::size_t>(view)]->m_background == kWhite)
+        Require(KST_SetBackgroundColor(view, 0.8f, 0.85f, 0.9f), "background");
 }
 
 void RequirePictureName(const std::string& file) {

@@ -43,6 +43,10 @@ bool HasCameraOfFile(int view);
 /// view alone unless somebody says otherwise.
 void ShowSceneIn(int view);
 
+/// Gives a view whose background is white, as it is unless the scene file says otherwise, one
+/// before which white things are seen.
+void TintBackground(int view);
+
 /// Throws Failure unless the name is that of a BMP file.
 void RequirePictureName(const std::string& file);
 

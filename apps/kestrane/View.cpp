@@ -96,6 +96,7 @@ void OpenView(int index) {
     } else if (IsUnplaced(view)) {
         display.SetWindowSize(0, place.width, place.height);
     }
+    TintBackground(index);
     if (ofFile) {
         display.FitClipping(index);
         return;
