@@ -222,8 +222,8 @@ typedef struct KstCollisionResult {
  * Told, on the display's own thread, of an object that the user picked: its id, and three floats
  * with the point in the world, valid during the call. It may call any function; those that wait for
  * a picture or for the end of the display (KST_ShowView, KST_HideView, KST_ScreenCapture, KST_End)
- * return KST_ERROR_NOT_RENDERING there. Inside the callback KST_GetResults gives the
- * findings of the pick, and afterwards again those of the last query.
+ * return KST_ERROR_NOT_RENDERING there. Inside the callback KST_GetResults gives the findings of
+ * the pick, and afterwards again those of the last query.
  *
  * Calls of other threads wait until it returns. So it must not wait for a thread that may be in a
  * call, nor take a lock that a thread holds around calls, and no exception may leave it.

@@ -10,6 +10,6 @@
 /// table. Empty if the image is larger than the format's 4 GiB. Throws std::bad_alloc.
 std::vector<std::uint8_t> EncodeBitmap(const MAV_image& image);
 
-/// Creates or truncates the file. False if it cannot be written: one that cannot be
-/// opened stays as it is, of any other nothing is left.
+/// Creates or truncates the file. False if it cannot be written: one that cannot be opened stays as
+/// it is, of any other nothing is left.
 bool WriteBitmap(const MAV_image& image, const std::string& path);

@@ -134,8 +134,8 @@ class CVisualiser : public CDisplay {
     void EnterLists(CSceneObject* object);
     /// Takes the object out of the views in which `group` is not visible.
     void LeaveLists(CSceneObject* object, const CGroup& group) noexcept;
-    void ShowOrHideCompass(CVisView& view);
-    void ShowOrHideStatus(CVisView& view);
+    /// Compass and status text, as the view's record says.
+    void ShowOrHideOverlays(CVisView& view);
     void QueueWindowSettings(CVisView& view);
     void RunWork();
     void ReadTextures();

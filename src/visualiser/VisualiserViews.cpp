@@ -120,13 +120,10 @@ void CVisualiser::SetViewOptions(int view, int options) {
         flag = (flag || wants(on)) && !wants(off);
         return flag != former;
     };
-    if (switches(KST_COMPASS_ON, KST_COMPASS_OFF, record.m_showCompass)) {
-        ShowOrHideCompass(record);
-    }
+    switches(KST_COMPASS_ON, KST_COMPASS_OFF, record.m_showCompass);
     switches(KST_GRID_ON, KST_GRID_OFF, record.m_showGrid);
-    if (switches(KST_STATUS_ON, KST_STATUS_OFF, record.m_showStatus)) {
-        ShowOrHideStatus(record);
-    }
+    switches(KST_STATUS_ON, KST_STATUS_OFF, record.m_showStatus);
+    ShowOrHideOverlays(record);
     bool apply = switches(KST_BACKFACE_CULLING_ON, KST_BACKFACE_CULLING_OFF, record.m_backfaceCull);
     if (wants(KST_PERSPECTIVE) || wants(KST_ORTHOGONAL)) {
         record.m_orthogonal = wants(KST_ORTHOGONAL);
@@ -138,7 +135,7 @@ void CVisualiser::SetViewOptions(int view, int options) {
     Redraw();
 }
 
-void CVisualiser::ShowOrHideCompass(CVisView& view) {
+void CVisualiser::ShowOrHideOverlays(CVisView& view) {
     if (m_overlays == nullptr) {
         return;
     }
@@ -146,12 +143,6 @@ void CVisualiser::ShowOrHideCompass(CVisView& view) {
         m_overlays->ShowCompass(view);
     } else {
         m_overlays->HideCompass(view);
-    }
-}
-
-void CVisualiser::ShowOrHideStatus(CVisView& view) {
-    if (m_overlays == nullptr) {
-        return;
     }
     if (view.m_showStatus) {
         m_overlays->ShowStatus(view);
@@ -174,7 +165,7 @@ void CVisualiser::ApplyViewSettings(int view) {
     CVisView& record = View(view);
     if (record.m_orthogonal && record.m_showCompass) {
         record.m_showCompass = false;
-        ShowOrHideCompass(record);
+        ShowOrHideOverlays(record);
     }
     if (m_overlays != nullptr) {
         m_overlays->BuildGrid(record);

@@ -12,9 +12,9 @@
 
 namespace {
 
-/// Of windows that stand where the user's file says.
+/// The user's file may say anything of a window's place and size; beyond this the sums would not be
+/// right, and no window can be.
 constexpr int kFarthest = 1'000'000;
-constexpr int kLargestSide = 8192;
 /// From where fog starts to where it hides everything.
 constexpr float kFogDepth = 100.0F;
 constexpr const char* kNoSplash = "-nosplash";
@@ -32,11 +32,10 @@ Rectangle DrawingArea(const CVisView& view) {
     int borderY = 0;
     int captionHeight = 0;
     mav_gfxFrameSizes(&borderX, &borderY, &captionHeight);
-    // The user's file may say anything.
-    const auto place = [](int value) { return std::clamp(value, -kFarthest, kFarthest); };
-    const auto side = [](int value) { return std::clamp(value, 0, kLargestSide); };
-    return {place(view.m_left) + borderX, place(view.m_top) + borderY + captionHeight,
-            side(view.m_width) - 2 * borderX, side(view.m_height) - 2 * borderY - captionHeight};
+    const auto within = [](int value) { return std::clamp(value, -kFarthest, kFarthest); };
+    return {within(view.m_left) + borderX, within(view.m_top) + borderY + captionHeight,
+            within(view.m_width) - 2 * borderX,
+            within(view.m_height) - 2 * borderY - captionHeight};
 }
 
 CVisView& ViewOf(const MAV_window* window) {
@@ -118,9 +117,7 @@ bool CVisualiser::OpenDisplay() {
             return false;
         }
         m_overlays->BuildGrid(*view);
-        if (view->m_showCompass) {
-            m_overlays->ShowCompass(*view);
-        }
+        ShowOrHideOverlays(*view);
         ResetView(view->m_index);
     }
     mav_callbackResizeSet(mav_win_all, ResizeWindow);

@@ -125,22 +125,14 @@ struct Question {
     std::optional<std::vector<Place>> answer;
 };
 
-/// The code of a thread that nobody waits for has to stay, also when the host drops the library.
-void StayLoaded() {
-    Dl_info info;
-    if (dladdr(reinterpret_cast<const void*>(&kXSockets), &info) != 0) {
-        dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
-    }
-}
-
 std::vector<Place> NetworkPlaces(const std::string& host, int port, Clock::time_point end) {
     std::vector<Place> places = LookUp(host, port, AI_NUMERICHOST);
     if (!places.empty()) {
         return places;
     }
-    // Names are looked up without a limit in time, so not on this thread.
+    // Names are looked up without a limit in time, so not on this thread. Nobody waits for the
+    // other one: the library is never unloaded.
     const auto question = std::make_shared<Question>();
-    StayLoaded();
     try {
         std::thread([question, host, port] {
             std::optional<std::vector<Place>> found(std::in_place);

@@ -18,7 +18,7 @@ std::unique_ptr<WindowSystem>& windowSystem =
 
 namespace {
 
-constexpr int kLargestSide = 16384;
+constexpr int kLargestSide = 8192;
 constexpr int kFarAway = 1'000'000;
 constexpr const char* kOffscreen = "offscreen";
 /// Window managers tell the sizes of frames only after a window is there.
